@@ -1,0 +1,31 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+/// What the system services need of each other and of the platform. Internal. OpenPipe is implemented once
+/// per platform (std_objc_<platform>), the rest in std_objc.cpp.
+namespace krutein {
+
+/// Creates a pipe whose ends no other child of this process inherits.
+/// \param ends  read end, then write end; untouched on failure.
+bool OpenPipe(int (&ends)[2]);
+
+constexpr int kNoDescriptor = -1;
+
+/// STD_OBJC_System with one close-on-exec descriptor that this child, and no other, inherits.
+int RunShell(const char* commandLine, int* pid, bool wait, int* status, int inherited);
+
+/// Waits for a child, also through interrupting signals.
+/// \param status  the raw wait status; 0 when there was nothing to wait for.
+/// \return false when there is no such child.
+bool WaitForChild(pid_t child, int& status);
+
+/// Waits on a background task for a child that nobody else knows of, so that none stays behind as a zombie.
+void ReapInBackground(pid_t child);
+
+/// True when removing `target` would remove `source`: they are the same, or `source` lies in it.
+bool RemovingWouldTake(const std::string& target, const std::string& source);
+
+}  // namespace krutein

@@ -1,0 +1,71 @@
+#include "Common/std/std_sha1.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+
+#include "Common/std/sha1.h"
+#include "Common/std/std_file.h"
+#include "Common/std/std_string.h"
+
+namespace {
+
+using Digest = unsigned char[krutein::kSha1Bytes];
+
+std::string HexOf(const Digest& digest) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string hex;
+    hex.reserve(2 * krutein::kSha1Bytes);
+    for (const unsigned char byte : digest) {
+        hex.push_back(kDigits[byte >> 4]);
+        hex.push_back(kDigits[byte & 0x0F]);
+    }
+    return hex;
+}
+
+void HandOut(const Digest& digest, void** out, int* length) {
+    if (out == nullptr) return;
+    auto* const copy = new unsigned char[krutein::kSha1Bytes];
+    std::copy(std::begin(digest), std::end(digest), copy);
+    *out = copy;
+    if (length != nullptr) *length = static_cast<int>(krutein::kSha1Bytes);
+}
+
+}  // namespace
+
+std::string STD_FILE_CalcSha1A(const void* data, int length, void** digest, int* digestLength) {
+    Digest bytes;
+    const bool empty = data == nullptr || length < 1;
+    krutein::Sha1(empty ? "" : data, empty ? 0 : static_cast<std::size_t>(length), bytes);
+    HandOut(bytes, digest, digestLength);
+    return HexOf(bytes);
+}
+
+std::wstring STD_FILE_CalcSha1W(const void* data, int length, void** digest, int* digestLength) {
+    return STD_CA2W(STD_FILE_CalcSha1A(data, length, digest, digestLength));
+}
+
+std::string STD_FILE_CalcStringSha1A(const std::string& text) {
+    Digest bytes;
+    krutein::Sha1(text.data(), text.size(), bytes);
+    return HexOf(bytes);
+}
+
+std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const std::string& relativePath) {
+    domain.append("-").append(relativePath);
+    return STD_FILE_CalcStringSha1A(domain);
+}
+
+bool STD_FILE_CalcFileSha1A(std::string path, void*& digest, int& digestLength) {
+    int length = 0;
+    const std::unique_ptr<char, void (*)(void*)> content(STD_FILE_ReadBufA(std::move(path), &length),
+                                                         std::free);
+    if (content == nullptr) return false;
+    STD_FILE_CalcSha1A(content.get(), length, &digest, &digestLength);
+    return true;
+}
+
+bool STD_FILE_CalcFileSha1W(std::wstring /*path*/, void*& /*digest*/, int& /*digestLength*/) {
+    return false;
+}
