@@ -70,7 +70,7 @@ void Open(const char* fileName, const char* loggerName) {
     auto logger =
         std::make_shared<spdlog::logger>(loggerName == nullptr ? "krutein" : loggerName, std::move(sink));
     logger->set_level(spdlog::level::debug);
-    logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %P:%t %n %L %v");
+    logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %P:%t %n %l %v");
     logger->flush_on(spdlog::level::debug);
     // A full disk must not fill the host's standard error with messages about the log.
     logger->set_error_handler([](const std::string&) {});

@@ -38,18 +38,6 @@ std::string LocateTool() {
     return tool;
 }
 
-/// Keeps the current thread from being cancelled, except where MessagePipe waits.
-class NoCancellation {
- public:
-    NoCancellation() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_before); }
-    ~NoCancellation() { pthread_setcancelstate(m_before, nullptr); }
-    NoCancellation(const NoCancellation&) = delete;
-    NoCancellation& operator=(const NoCancellation&) = delete;
-
- private:
-    int m_before = PTHREAD_CANCEL_ENABLE;
-};
-
 unsigned long long SignExtended(std::int32_t value) {
     return static_cast<unsigned long long>(static_cast<long long>(value));
 }
@@ -179,13 +167,17 @@ int CMobileBackupTask::ExecTask(std::string commandLine) {
     return m_returnCode;
 }
 
+/// The frames below this one own nothing: where the platform runs no destructors for a cancelled thread,
+/// nothing is lost.
 void* CMobileBackupTask::ReadPipThreadProc(void* task) {
-    const NoCancellation noCancellation;
+    int before = PTHREAD_CANCEL_ENABLE;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before);  // MessagePipe allows it where it waits
     auto* const self = static_cast<CMobileBackupTask*>(task);
     self->OnReadPipe();
     KRUTEIN_LOG("CMobileBackupTask::ReadPipThreadProc exit!\n");
     self->m_pipe->Discard();
     self->m_pipe->Leave();
+    pthread_setcancelstate(before, nullptr);
     return nullptr;
 }
 

@@ -64,7 +64,7 @@ std::vector<std::string> MergedEnvironment(const std::map<std::string, std::stri
     return merged;
 }
 
-[[noreturn]] void Become(const ChildProcess::Options& options, int output, int errors, char** words,
+[[noreturn]] void Become(const Command& options, int output, int errors, char** words,
                          char** environment) {
     setsid();
     if (options.terminal) ioctl(output, TIOCSCTTY, 0);
@@ -146,7 +146,7 @@ void ChildProcess::Collect(int descriptor, std::string& into) {
     close(descriptor);
 }
 
-Finished Run(const ChildProcess::Options& options) {
+Finished RunToEnd(const Command& options) {
     ChildProcess child(options);
     const int code = child.Wait();
     return {code, child.Output(), child.Errors()};

@@ -8,12 +8,15 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 /// A program that a test runs, with what it printed.
 class ChildProcess {
  public:
     struct Options {
+        Options(std::vector<std::string> programAndArguments) : words(std::move(programAndArguments)) {}
+
         std::vector<std::string> words;                  ///< the program's path and its arguments
         std::map<std::string, std::string> environment;  ///< added to the test's own
         std::vector<int> descriptors;                    ///< further ones that the program inherits
@@ -53,10 +56,12 @@ class ChildProcess {
     std::thread m_errorReader;
 };
 
+using Command = ChildProcess::Options;
+
 /// Runs a program to its end.
 struct Finished {
     int code = -1;
     std::string output;
     std::string errors;
 };
-Finished Run(const ChildProcess::Options& options);
+Finished RunToEnd(const Command& options);

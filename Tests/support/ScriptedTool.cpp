@@ -148,10 +148,11 @@ void Do(const std::string& line, const std::string& argument) {
     } else if (verb == "write-argument") {
         std::ofstream(RestOf(step)) << argument;
     } else if (verb == "list-descriptors") {
-        std::ofstream out(RestOf(step));
+        std::string found;  // looked for before the list's own file is open
         for (int descriptor = 3; descriptor < 256; ++descriptor) {
-            if (fcntl(descriptor, F_GETFD) != -1) out << descriptor << "\n";
+            if (fcntl(descriptor, F_GETFD) != -1) found += std::to_string(descriptor) + "\n";
         }
+        std::ofstream(RestOf(step)) << found;
     } else if (verb == "make-backup") {
         MakeBackup(options);
     } else if (verb == "close-pipe") {
