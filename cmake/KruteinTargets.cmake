@@ -7,8 +7,9 @@ find_package(PkgConfig REQUIRED)
 # Language, warnings, sanitizers and the include root. Log lines and messages carry source files as paths from
 # the project's root, whatever folder the project was built in.
 function(krutein_target_defaults target)
-  target_compile_features(${target} PRIVATE cxx_std_17)
   set_target_properties(${target} PROPERTIES
+    CXX_STANDARD 17
+    CXX_STANDARD_REQUIRED ON
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON

@@ -27,8 +27,8 @@ class KRUTEIN_API CBackup : public IBackup, public CCallBack {
 
     /// Receives the tool's reports and forwards them to the host's callback under the host's event numbers.
     /// \return 0.
-    virtual int OnStateChange(CallBackType type, unsigned long long arg1, unsigned long long arg2,
-                              void* data) override;
+    int OnStateChange(CallBackType type, unsigned long long arg1, unsigned long long arg2,
+                      void* data) override;
 
     /// The size in bytes that the tool told last. When it never told one, waits up to 30 seconds for it.
     long long GetTotalSize();

@@ -64,8 +64,7 @@ std::vector<std::string> MergedEnvironment(const std::map<std::string, std::stri
     return merged;
 }
 
-[[noreturn]] void Become(const Command& options, int output, int errors, char** words,
-                         char** environment) {
+[[noreturn]] void Become(const Command& options, int output, int errors, char** words, char** environment) {
     setsid();
     if (options.terminal) ioctl(output, TIOCSCTTY, 0);
     dup2(output, STDOUT_FILENO);

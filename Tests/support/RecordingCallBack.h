@@ -22,9 +22,10 @@ struct RecordedEvent {
 /// Remembers the events of either callback interface.
 template <typename Interface, typename Type>
 class RecordingSink : public Interface {
-   public:
+ public:
     int OnStateChange(Type type, unsigned long long arg1, unsigned long long arg2, void* data) override {
-        RecordedEvent event{static_cast<int>(type), arg1, arg2, data != nullptr, "", std::this_thread::get_id()};
+        RecordedEvent event{static_cast<int>(type), arg1, arg2,
+                            data != nullptr,        "",   std::this_thread::get_id()};
         if (data != nullptr) event.text = static_cast<const char*>(data);
         if (onEvent) onEvent(event);
         // Under the lock: who waits for the last event may destroy this object at once.
@@ -62,7 +63,7 @@ class RecordingSink : public Interface {
     /// Called with each event, on the library's thread.
     std::function<void(const RecordedEvent&)> onEvent;
 
-   private:
+ private:
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_arrived;
     std::vector<RecordedEvent> m_events;

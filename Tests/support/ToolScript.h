@@ -9,7 +9,7 @@
 /// What the backup tool does in the next runs: tool.Progress(1, 2, "IMG_0001.JPG").ExitMessage(0).
 /// The steps are those of Tests/support/ScriptedTool.cpp.
 class ToolScript {
-   public:
+ public:
     ToolScript() {
         Save();
         setenv("KRUTEIN_TOOL_SCRIPT", m_folder.Path("script").c_str(), 1);
@@ -31,8 +31,8 @@ class ToolScript {
     }
     /// A header alone, whatever it says.
     ToolScript& Header(unsigned type, int arg1, int arg2, int length) {
-        return Step("header " + std::to_string(type) + " " + std::to_string(arg1) + " " + std::to_string(arg2) +
-                    " " + std::to_string(length));
+        return Step("header " + std::to_string(type) + " " + std::to_string(arg1) + " " +
+                    std::to_string(arg2) + " " + std::to_string(length));
     }
     /// That many bytes 'x'.
     ToolScript& Fill(int bytes) { return Step("fill " + std::to_string(bytes)); }
@@ -59,7 +59,7 @@ class ToolScript {
     std::string Argument() const { return m_folder.Read("argument"); }
     std::string Descriptors() const { return m_folder.Read("descriptors"); }
 
-   private:
+ private:
     void Save() const { m_folder.Write("script", m_steps); }
 
     TemporaryFolder m_folder;

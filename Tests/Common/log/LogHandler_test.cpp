@@ -18,7 +18,7 @@ namespace {
 
 /// Sets a variable for the length of a test; null unsets it.
 class Variable {
-   public:
+ public:
     Variable(const char* name, const char* value) : m_name(name) {
         const char* before = std::getenv(name);
         if (before != nullptr) m_before = before;
@@ -29,7 +29,7 @@ class Variable {
     Variable(const Variable&) = delete;
     Variable& operator=(const Variable&) = delete;
 
-   private:
+ private:
     void Set(const char* value) const {
         if (value == nullptr) {
             unsetenv(m_name);
@@ -43,7 +43,9 @@ class Variable {
     bool m_had = false;
 };
 
-int Log(const char* text) { return LogHandlerA("Function", "Module/Some.cpp", 12, 1, "%s", text); }
+int Log(const char* text) {
+    return LogHandlerA("Function", "Module/Some.cpp", 12, 1, "%s", text);
+}
 
 }  // namespace
 
@@ -81,7 +83,8 @@ TEST(Log, CanBeOpenedAnyNumberOfTimes) {
     }
     std::istringstream lines(folder.Read("Same.log"));
     int count = 0;
-    for (std::string line; std::getline(lines, line);) ++count;
+    for (std::string line; std::getline(lines, line);)
+        ++count;
     EXPECT_EQ(count, 100);
 }
 
@@ -137,10 +140,12 @@ TEST(Log, TakesLinesFromManyThreads) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     std::istringstream lines(folder.Read("Many.log"));
     int count = 0;
-    for (std::string line; std::getline(lines, line); ++count) EXPECT_THAT(line, HasSubstr(": a whole line"));
+    for (std::string line; std::getline(lines, line); ++count)
+        EXPECT_THAT(line, HasSubstr(": a whole line"));
     EXPECT_EQ(count, 800);
 }
 

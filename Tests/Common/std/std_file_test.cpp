@@ -202,7 +202,8 @@ TEST(DirInfo, WalksADeepTreeWithFewDescriptors) {
     const TemporaryFolder folder;
     std::string path = folder.Path();
     const int depth = 300;
-    for (int i = 0; i < depth; ++i) path += "/d";
+    for (int i = 0; i < depth; ++i)
+        path += "/d";
     fs::create_directories(path);
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);

@@ -29,7 +29,8 @@ int StatusOf(const std::string& command) {
 }
 
 bool AwaitFile(const std::string& path) {
-    for (int i = 0; i < 1000 && !fs::exists(path); ++i) usleep(10000);
+    for (int i = 0; i < 1000 && !fs::exists(path); ++i)
+        usleep(10000);
     return fs::exists(path);
 }
 
@@ -65,7 +66,9 @@ TEST(System, ReturnsAtOnceWithoutWaiting) {
     EXPECT_EQ(waitpid(pid, nullptr, 0), pid);
 }
 
-TEST(System, OutputsMayBeLeftOut) { EXPECT_EQ(STD_OBJC_System("true", nullptr, true, nullptr), 0); }
+TEST(System, OutputsMayBeLeftOut) {
+    EXPECT_EQ(STD_OBJC_System("true", nullptr, true, nullptr), 0);
+}
 
 TEST(System, SaysWhenNoProcessCanBeMade) {
     // As another user, since root may make as many as it likes.
@@ -104,12 +107,15 @@ TEST(System, WorksWhileOtherThreadsAllocate) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&done] {
-            while (!done) std::make_unique<std::string>(1000, 'x');
+            while (!done)
+                std::make_unique<std::string>(1000, 'x');
         });
     }
-    for (int i = 0; i < 50; ++i) EXPECT_EQ(StatusOf("exit 0"), 0);
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(StatusOf("exit 0"), 0);
     done = true;
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 TEST(CreateProcess, StartsAProgramWithOneArgument) {
@@ -152,7 +158,9 @@ TEST(AsyncTask, TasksRunSideBySide) {
         meeting.changed.wait_for(lock, std::chrono::seconds(30), [&] { return meeting.left == kTasks; }));
 }
 
-TEST(AsyncTask, ANullFunctionIsIgnored) { STD_OBJC_ExcuteAsyncTask(nullptr, nullptr); }
+TEST(AsyncTask, ANullFunctionIsIgnored) {
+    STD_OBJC_ExcuteAsyncTask(nullptr, nullptr);
+}
 
 TEST(KillByPid, AsksTheProcessToEnd) {
     ChildProcess victim(Command({"/bin/sleep", "600"}));

@@ -50,7 +50,9 @@ TEST(PathExist, NormalisesFirst) {
     EXPECT_FALSE(STD_PATH_ExistA(""));
 }
 
-TEST(PathExist, WideFormIsAlwaysFalse) { EXPECT_FALSE(STD_PATH_ExistW(L"/")); }
+TEST(PathExist, WideFormIsAlwaysFalse) {
+    EXPECT_FALSE(STD_PATH_ExistW(L"/"));
+}
 
 TEST(AddSlash, AppendsOneUnlessItIsThere) {
     EXPECT_EQ(After<std::string>(STD_PATH_AddSlashA, "/Users/x"), "/Users/x/");
@@ -60,7 +62,8 @@ TEST(AddSlash, AppendsOneUnlessItIsThere) {
 }
 
 TEST(AddSlash, LeavesPathsOfOneCharacter) {
-    for (const char* path : {"", "/", "a"}) EXPECT_EQ(After<std::string>(STD_PATH_AddSlashA, path), path);
+    for (const char* path : {"", "/", "a"})
+        EXPECT_EQ(After<std::string>(STD_PATH_AddSlashA, path), path);
     EXPECT_EQ(After<std::string>(STD_PATH_AddSlashA, "\\\\"), "/");
 }
 
@@ -113,7 +116,8 @@ TEST(GetName, IsEmptyForAFolderPathAndForABareName) {
 
 TEST(ExeDir, IsTheFolderOfThisProgram) {
     const std::string folder = STD_PATH_GetExeDirA();
-    EXPECT_EQ(folder + "/" + STD_PATH_GetNameA(STD_OBJC_GetCurrentAppPath(), true), STD_OBJC_GetCurrentAppPath());
+    EXPECT_EQ(folder + "/" + STD_PATH_GetNameA(STD_OBJC_GetCurrentAppPath(), true),
+              STD_OBJC_GetCurrentAppPath());
     EXPECT_NE(folder.back(), '/');
     EXPECT_EQ(STD_PATH_GetExeDirW(), L"");
 }

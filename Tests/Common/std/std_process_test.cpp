@@ -68,7 +68,9 @@ TEST(KillAll, RefusesNoName) {
     EXPECT_FALSE(ps_killAllProcess(""));
 }
 
-TEST(KillAll, IsTrueWhetherThereIsSuchAProcessOrNot) { EXPECT_TRUE(ps_killAllProcess("krut-none-such")); }
+TEST(KillAll, IsTrueWhetherThereIsSuchAProcessOrNot) {
+    EXPECT_TRUE(ps_killAllProcess("krut-none-such"));
+}
 
 TEST(KillAll, EndsEveryProcessOfTheName) {
     const TemporaryFolder folder;

@@ -45,12 +45,14 @@ std::string Trimmed(std::string text) {
 
 }  // namespace
 
-TEST(Format, FillsInValues) { EXPECT_EQ(STD_FormatA("%s-%d", "a", 7), "a-7"); }
+TEST(Format, FillsInValues) {
+    EXPECT_EQ(STD_FormatA("%s-%d", "a", 7), "a-7");
+}
 
 TEST(Format, NullFormatGivesTheEmptyText) {
     const char* none = nullptr;
-    EXPECT_EQ(STD_FormatA(none), "");
-    EXPECT_EQ(FormatThroughBuffer(none), "");
+    EXPECT_EQ(STD_FormatA(none, 7), "");
+    EXPECT_EQ(FormatThroughBuffer(none, 7), "");
 }
 
 TEST(Format, KeepsATextThatJustFits) {
@@ -68,7 +70,8 @@ TEST(Format, CutsWhatIsLongerThanTheBuffer) {
 TEST(Format, WideFormFormatsNothing) {
     EXPECT_EQ(STD_FormatW(L"%d", 7), L"");
     const std::unique_ptr<wchar_t[]> buffer = WideBuffer(L"%d", 7);
-    for (int i = 0; i <= kFormatMaxChars; ++i) ASSERT_EQ(buffer[static_cast<std::size_t>(i)], L'\0');
+    for (int i = 0; i <= kFormatMaxChars; ++i)
+        ASSERT_EQ(buffer[static_cast<std::size_t>(i)], L'\0');
 }
 
 TEST(CompareNoCase, IsBlindToCase) {
@@ -102,9 +105,13 @@ TEST(Split, KeepsEmptyPieces) {
     EXPECT_THAT(Split(",", ","), ElementsAre("", ""));
 }
 
-TEST(Split, TheEmptyTextIsOneEmptyPiece) { EXPECT_THAT(Split("", ","), ElementsAre("")); }
+TEST(Split, TheEmptyTextIsOneEmptyPiece) {
+    EXPECT_THAT(Split("", ","), ElementsAre(""));
+}
 
-TEST(Split, WithoutDelimitersTheTextStaysWhole) { EXPECT_THAT(Split("a,b", ""), ElementsAre("a,b")); }
+TEST(Split, WithoutDelimitersTheTextStaysWhole) {
+    EXPECT_THAT(Split("a,b", ""), ElementsAre("a,b"));
+}
 
 TEST(Split, EveryCharacterOfTheSetSplits) {
     EXPECT_THAT(Split("a;b,c", ";,"), ElementsAre("a", "b", "c"));
@@ -187,7 +194,8 @@ TEST(LastChar, IsAppendedUnlessItIsThere) {
 
 TEST(IsNum, TakesAsciiDigitsOnly) {
     EXPECT_TRUE(STD_IsNumA("0123456789"));
-    for (const char* text : {"", "-1", "1.0", " 1", "1 ", "a", "1\xB2"}) EXPECT_FALSE(STD_IsNumA(text)) << text;
+    for (const char* text : {"", "-1", "1.0", " 1", "1 ", "a", "1\xB2"})
+        EXPECT_FALSE(STD_IsNumA(text)) << text;
 }
 
 TEST(IsNum, WideFormOnlyLooksForAnyText) {
@@ -252,7 +260,8 @@ TEST(CompareVersion, KeepsTheTextAndFourPartsOfEightBits) {
 TEST(Malloc, FillsTheMemory) {
     const std::unique_ptr<void, void (*)(void*)> memory(STD_Malloc(3, 0xAB), std::free);
     const auto* bytes = static_cast<const unsigned char*>(memory.get());
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(bytes[i], 0xAB);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(bytes[i], 0xAB);
     EXPECT_EQ(STD_Malloc(-1, 0), nullptr);
 }
 

@@ -82,7 +82,7 @@ KRUTEIN_API pid_t waitpid(pid_t child, int* status, int options) {
 namespace {
 
 class RunnerFaultTest : public testing::Test {
-   protected:
+ protected:
     RunnerFaultTest() { ForgetLog(); }
     ~RunnerFaultTest() override {
         g_noProcess = g_noThread = g_noPipe = g_shortReads = false;

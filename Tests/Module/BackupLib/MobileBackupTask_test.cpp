@@ -50,7 +50,7 @@ int NumberAfter(const std::string& option, const std::string& argument) {
 }
 
 class RunnerTest : public testing::Test {
-   protected:
+ protected:
     RunnerTest() { ForgetLog(); }
 
     int Backup(bool* cancel = nullptr) {
@@ -305,7 +305,8 @@ TEST_F(RunnerTest, FullBackupCommandLine) {
     task.m_model = 3;
     EXPECT_EQ(task.StartFullBackup("/a path/b", "the-device", &callback, nullptr), 0);
     const std::string pipe = std::to_string(NumberAfter("-pipe", tool.Argument()));
-    const std::string argument = "-backup|-backuppath|/a path/b|-target|the-device|-pipe|" + pipe + "|-model|3";
+    const std::string argument =
+        "-backup|-backuppath|/a path/b|-target|the-device|-pipe|" + pipe + "|-model|3";
     EXPECT_EQ(tool.Argument(), argument);
     EXPECT_EQ(LoggedCommand(), "\"" + ToolPath() + "\"  \"" + argument + "\" ");
 }
@@ -345,9 +346,10 @@ TEST_F(RunnerTest, RestoreAllSettingsCommandLine) {
     CMobileBackupTask task;
     EXPECT_EQ(task.StartRestoreAllSetting("17.4", "/b", "the-source", "the-device", &callback, nullptr), 0);
     const std::string pipe = std::to_string(NumberAfter("-pipe", tool.Argument()));
-    EXPECT_EQ(tool.Argument(),
-              "-version|17.4|-restore_all_setting|-backuppath|/b|-source|the-source|-target|the-device|-pipe|" +
-                  pipe + "|-model|0");
+    EXPECT_EQ(
+        tool.Argument(),
+        "-version|17.4|-restore_all_setting|-backuppath|/b|-source|the-source|-target|the-device|-pipe|" +
+            pipe + "|-model|0");
     EXPECT_EQ(callback.Events()[0].type, 75);
 }
 
@@ -355,9 +357,10 @@ TEST_F(RunnerTest, FullRestoreCommandLineKeepsItsShiftedValues) {
     tool.KeepArgument();
     CMobileBackupTask task;
     task.m_model = 44;
-    EXPECT_EQ(task.StartFullRestore("/b", "the-device", "a third text, too long to be kept inside of a string",
-                                    &callback, nullptr, enRestoreOption(77)),
-              107)
+    EXPECT_EQ(
+        task.StartFullRestore("/b", "the-device", "a third text, too long to be kept inside of a string",
+                              &callback, nullptr, enRestoreOption(77)),
+        107)
         << "the tool is told no pipe that it could report on";
     const std::string argument = tool.Argument();
     EXPECT_THAT(argument, StartsWith("-restore|-backuppath|/b|-target|the-device|-pipe|"));
@@ -371,8 +374,7 @@ TEST_F(RunnerTest, ACommandLineThatWouldNotFitIsNotRun) {
     CMobileBackupTask task;
     EXPECT_EQ(task.StartFullBackup(std::string(2048, 'x'), "d", &callback, nullptr), 201);
     EXPECT_EQ(task.ChangeBackupPasswd("d", std::string(2048, 'x'), "", &callback, nullptr), 201);
-    EXPECT_THAT(RecordedTexts(),
-                Contains(StartsWith("err: createProcess[")).Times(2));
+    EXPECT_THAT(RecordedTexts(), Contains(StartsWith("err: createProcess[")).Times(2));
     EXPECT_THAT(RecordedTexts(), Contains("StartFullBackup:ret=201\n"));
 }
 
@@ -384,9 +386,11 @@ TEST_F(RunnerTest, LogsOfAFullBackup) {
     const std::string command = LoggedCommand();
     std::vector<std::string> texts = RecordedTexts();
     // Whether the reader leaves by itself or is cancelled depends on where the end of the tool finds it.
-    texts.erase(std::remove(texts.begin(), texts.end(), "CMobileBackupTask::ReadPipThreadProc exit!\n"), texts.end());
-    EXPECT_THAT(texts, ElementsAre("init pipe...", "ExecTask:" + command + "\n", "ExecTask:" + command + "...\n",
-                                   "ExecTask:end! ret = 0\n", "StartFullBackup:ret=7\n"));
+    texts.erase(std::remove(texts.begin(), texts.end(), "CMobileBackupTask::ReadPipThreadProc exit!\n"),
+                texts.end());
+    EXPECT_THAT(texts,
+                ElementsAre("init pipe...", "ExecTask:" + command + "\n", "ExecTask:" + command + "...\n",
+                            "ExecTask:end! ret = 0\n", "StartFullBackup:ret=7\n"));
     for (const LogLine& line : RecordedLog()) {
         EXPECT_EQ(line.level, 1);
         EXPECT_EQ(line.sourceFile, "Module/BackupLib/MobileBackupTask.cpp");
@@ -433,7 +437,8 @@ TEST_F(RunnerTest, NothingStaysBehind) {
     tool.Progress(1, 2, "text").ExitMessage(0);
     EXPECT_EQ(Backup(), 0);
     const ResourceCount before = ResourceCount::Now();
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(Backup(), 0);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(Backup(), 0);
     EXPECT_EQ(ResourceCount::Now(), before);
 }
 
@@ -451,7 +456,8 @@ TEST_F(RunnerTest, OtherChildrenDoNotInheritThePipe) {
     std::atomic<bool> started{false};
     callback.onEvent = [&](const RecordedEvent&) { started = true; };
     std::future<int> run = std::async(std::launch::async, [this] { return Backup(); });
-    while (!started) usleep(1000);
+    while (!started)
+        usleep(1000);
     ToolScript other;
     other.KeepDescriptors();
     EXPECT_EQ(STD_OBJC_System(("\"" + ToolPath() + "\" x").c_str(), nullptr, true, nullptr), 0);
@@ -471,7 +477,8 @@ TEST_F(RunnerTest, TwoRunsAtOnceKeepTheirMessagesApart) {
     EXPECT_EQ(second.get(), 0);
     for (const RecordingCallBack* sink : {&callback, &other}) {
         ASSERT_EQ(sink->Events().size(), 5000U);
-        for (unsigned i = 0; i < 5000; ++i) ASSERT_EQ(sink->Events()[i].arg1, i + 1);
+        for (unsigned i = 0; i < 5000; ++i)
+            ASSERT_EQ(sink->Events()[i].arg1, i + 1);
     }
 }
 
@@ -481,12 +488,15 @@ TEST_F(RunnerTest, RunsWhileOtherThreadsAllocate) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&done] {
-            while (!done) std::string(5000, 'x').swap(*std::make_unique<std::string>());
+            while (!done)
+                std::string(5000, 'x').swap(*std::make_unique<std::string>());
         });
     }
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(Backup(), 0);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(Backup(), 0);
     done = true;
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 // Stopping.
@@ -496,7 +506,8 @@ TEST_F(RunnerTest, KillEndsTheToolAndSleeps) {
     std::atomic<bool> started{false};
     callback.onEvent = [&](const RecordedEvent&) { started = true; };
     std::future<int> run = std::async(std::launch::async, [this] { return Backup(); });
-    while (!started) usleep(1000);
+    while (!started)
+        usleep(1000);
     ForgetLog();
     const Clock::time_point start = Clock::now();
     EXPECT_EQ(KillAppleBackupExe(), 0);
@@ -515,7 +526,8 @@ TEST_F(RunnerTest, AHostThatBlocksSignalsCanStillStopTheTool) {
         pthread_sigmask(SIG_SETMASK, &all, nullptr);
         return Backup();
     });
-    while (!started) usleep(1000);
+    while (!started)
+        usleep(1000);
     KillAppleBackupExe();
     EXPECT_EQ(run.get(), 107);
 }

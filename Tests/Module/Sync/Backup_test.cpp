@@ -27,7 +27,7 @@ double SecondsSince(Clock::time_point start) {
 }
 
 class FacadeTest : public testing::Test {
-   protected:
+ protected:
     FacadeTest() : before(ResourceCount::Now()) {}
     ~FacadeTest() override {
         // The workers are detached; the next test must not meet them.
@@ -55,7 +55,9 @@ class FacadeTest : public testing::Test {
     RecordingSyncCallBack host;
 };
 
-std::string SizeText(const std::string& line) { return "Backup of a device\n" + line + "\n"; }
+std::string SizeText(const std::string& line) {
+    return "Backup of a device\n" + line + "\n";
+}
 
 }  // namespace
 
@@ -92,7 +94,8 @@ TEST_F(FacadeTest, BackupsOfOneSecondDoNotEndInsideEachOther) {
         paths.insert(facade->Rename(Folder(), "the-device", 0));
     }
     EXPECT_EQ(paths.size(), 3U);
-    for (const std::string& path : paths) EXPECT_TRUE(fs::exists(path + "/Manifest.db")) << path;
+    for (const std::string& path : paths)
+        EXPECT_TRUE(fs::exists(path + "/Manifest.db")) << path;
 }
 
 TEST_F(FacadeTest, WithoutASlashTheNamesAreGluedTogether) {
@@ -119,7 +122,8 @@ TEST_F(FacadeTest, WithoutACallbackTheBackupStaysInTheTemporaryFolder) {
     tool.MakeBackup().ExitMessage(0);
     facade->StartBackup("the-device", Folder().c_str(), nullptr);
     EXPECT_EQ(AwaitResources(before), before);
-    while (!fs::exists(folder.Path("temp/the-device/Manifest.db"))) usleep(5000);
+    while (!fs::exists(folder.Path("temp/the-device/Manifest.db")))
+        usleep(5000);
     EXPECT_EQ(AwaitResources(before), before);
     EXPECT_TRUE(fs::exists(folder.Path("temp/the-device/Manifest.db")));
     EXPECT_FALSE(fs::exists(folder.Path("the-device")));
@@ -141,7 +145,8 @@ TEST_F(FacadeTest, ARestoreTellsProgressAndItsEnd) {
     tool.KeepArgument().Progress(1, 2, "a").ExitMessage(0);
     facade->StartRestore("the-device", "/some/folder", &host);
     ASSERT_TRUE(host.Await(7));
-    EXPECT_THAT(tool.Argument(), testing::StartsWith("-restore|-backuppath|/some/folder|-target|the-device|"));
+    EXPECT_THAT(tool.Argument(),
+                testing::StartsWith("-restore|-backuppath|/some/folder|-target|the-device|"));
     EXPECT_EQ(host.Events(6).size(), 1U);
     EXPECT_EQ(host.Events(7)[0].arg2, 0U);
     EXPECT_FALSE(host.Events(7)[0].hasData);
@@ -201,7 +206,8 @@ TEST_F(FacadeTest, ManyStopsAtOnceAreHarmless) {
     tool.MakeBackup().Progress(1, 2).Sleep(60000);
     facade->StartBackup("the-device", Folder().c_str(), &host);
     ASSERT_TRUE(host.Await(2));
-    for (int i = 0; i < 4; ++i) facade->StopBackup(&host);
+    for (int i = 0; i < 4; ++i)
+        facade->StopBackup(&host);
     EXPECT_EQ(AwaitResources(before), before);
     EXPECT_EQ(host.Events(0).size(), 4U);
     EXPECT_THAT(host.Events(4), IsEmpty());
@@ -242,7 +248,8 @@ TEST_F(FacadeTest, ParseInfoTakesTheSecondToLastWordOfTheFirstTotalLine) {
 
 TEST_F(FacadeTest, ParseInfoLeavesTheSizeWhenThereIsNone) {
     facade->OnStateChange(kCallBackBackupInfo, 0, 0, SizeText("Total size: 12345 bytes").data());
-    for (const char* text : {"", "no such line", "Total 999", "Total", "first\nTotal 12345\nTotal size: 5 bytes"}) {
+    for (const char* text :
+         {"", "no such line", "Total 999", "Total", "first\nTotal 12345\nTotal size: 5 bytes"}) {
         facade->ParseInfo(text);
         EXPECT_EQ(facade->GetTotalSize(), 12345) << text;
     }
@@ -266,7 +273,8 @@ TEST_F(FacadeTest, EventsAreTranslatedForTheHost) {
     EXPECT_EQ(facade->OnStateChange(kCallBackChangePassword, 9, 10, text), 0);
     EXPECT_EQ(facade->OnStateChange(static_cast<CallBackType>(4711), 11, 12, nullptr), 0);
     std::vector<int> types;
-    for (const RecordedEvent& event : host.Events()) types.push_back(event.type);
+    for (const RecordedEvent& event : host.Events())
+        types.push_back(event.type);
     EXPECT_THAT(types, testing::ElementsAre(2, 6, 0, 0, 0, 0));
     EXPECT_EQ(host.Events()[4].arg1, 9U);
     EXPECT_EQ(host.Events()[4].arg2, 10U);
