@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// How kruteinctl ends. The one table behind --help, Docs/scripting.md and the tests. Never change a number.
+enum class ExitCode : int {
+    kDone = 0,
+    kFailed = 1,
+    kUsage = 2,
+    kNoDevice = 3,
+    kToolNotStarted = 4,
+    kToolNoResult = 5,
+    kNotWritable = 6,
+    kDiskFull = 7,
+    kBackupDamaged = 8,
+    kNoBackup = 9,
+    kStopped = 130
+};
+
+struct ExitCodeRow {
+    ExitCode code;
+    const char* cause;    ///< a word for programs: "cause" of --json
+    const char* meaning;  ///< a line for people
+};
+
+const std::vector<ExitCodeRow>& ExitCodeTable();
+const char* CauseOf(ExitCode code);
+
+/// The return code of a run (the library's or the backup tool's) as the exit code to end with.
+ExitCode ExitCodeOfRun(int runCode);
+
+/// The return code of a run in words, with its number.
+std::string WordsForRun(int runCode);

@@ -1,0 +1,136 @@
+#include "Host/kruteinctl/Options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
+#include <sstream>
+
+#include "Common/Version.h"
+#include "Host/kruteinctl/Failure.h"
+#include "Host/kruteinctl/Text.h"
+
+namespace {
+
+constexpr char kSeeHelp[] = "Run 'kruteinctl --help' for the commands";
+
+std::string ExitCodeHelp() {
+    std::string help = "Exit codes:";
+    for (const ExitCodeRow& row : ExitCodeTable()) {
+        help += fmt::format("\n  {:3} {}", static_cast<int>(row.code), row.meaning);
+    }
+    return help;
+}
+
+class Parser {
+ public:
+    Parser() {
+        m_app.set_version_flag("--version", "kruteinctl " KRUTEIN_VERSION, "Print the version and end");
+        m_app.require_subcommand(1);
+        m_app.footer(ExitCodeHelp());
+        AddBackup();
+        AddRestore();
+        AddSize();
+    }
+
+    std::optional<Options> Parse(int count, const char* const* words, std::string& text) {
+        RefuseUnknownCommand(count, words);
+        try {
+            m_app.parse(count, words);
+        } catch (const CLI::ParseError& error) {
+            std::ostringstream out;
+            std::ostringstream errors;
+            if (m_app.exit(error, out, errors) != 0) throw Failure(ExitCode::kUsage, Message(errors.str()));
+            text = out.str();
+            return std::nullopt;
+        }
+        if (m_json && m_quiet) throw Failure(ExitCode::kUsage, "--json and --quiet exclude each other");
+        if (m_json) m_options.output = Output::kJson;
+        if (m_quiet) m_options.output = Output::kQuiet;
+        return m_options;
+    }
+
+ private:
+    CLI::App* AddCommand(CommandName command, const std::string& description, const std::string& example) {
+        CLI::App* const sub = m_app.add_subcommand(NameOf(command), description);
+        sub->callback([this, command] { m_options.command = command; });
+        sub->add_option("UDID", m_options.udid,
+                        "The device's identifier: 40 hexadecimal digits, or 8 and 16 with a dash between")
+            ->required();
+        sub->add_flag("-q,--quiet", m_quiet, "Print nothing but errors");
+        sub->add_flag("--json", m_json, "Print one JSON object a line (see Docs/scripting.md)");
+        sub->footer("Example:\n  kruteinctl " + example);
+        return sub;
+    }
+
+    void AddBackup() {
+        AddCommand(CommandName::kBackup, "Make a full backup of a device",
+                   "backup 00008110-000A2D3E1E08801E --to ~/Backups")
+            ->add_option("--to", m_options.folder, "Folder in which the backup shall lie")
+            ->required();
+    }
+
+    void AddRestore() {
+        AddFrom(AddCommand(CommandName::kRestore, "Restore a device from a backup",
+                           "restore 00008110-000A2D3E1E08801E --from ~/Backups"));
+    }
+
+    void AddSize() {
+        AddFrom(AddCommand(CommandName::kSize, "Tell the size of a backup",
+                           "size 00008110-000A2D3E1E08801E --from ~/Backups"));
+    }
+
+    void AddFrom(CLI::App* command) {
+        command
+            ->add_option("--from", m_options.folder,
+                         "Folder in which backups of the device lie (the newest is taken), or one backup")
+            ->required();
+    }
+
+    /// The parser would only say that a command is missing.
+    void RefuseUnknownCommand(int count, const char* const* words) const {
+        if (count < 2 || words[1][0] == '-') return;
+        for (const CLI::App* command : m_app.get_subcommands({})) {
+            if (command->get_name() == words[1]) return;
+        }
+        throw Failure(ExitCode::kUsage,
+                      fmt::format("there is no command '{}'. {}", Printable(words[1]), kSeeHelp));
+    }
+
+    /// The library's message without its trailer, on one line.
+    static std::string Message(std::string text) {
+        text.resize(std::min(text.size(), text.find("\nRun with")));
+        TrimEnd(text);
+        return fmt::format("{}. {}", Printable(text), kSeeHelp);
+    }
+
+    static void TrimEnd(std::string& text) { text.erase(text.find_last_not_of(" \n") + 1); }
+
+    CLI::App m_app{"kruteinctl: backs up and restores iOS devices", "kruteinctl"};
+    Options m_options;
+    bool m_quiet = false;
+    bool m_json = false;
+};
+
+}  // namespace
+
+const char* NameOf(CommandName command) {
+    switch (command) {
+        case CommandName::kBackup:
+            return "backup";
+        case CommandName::kRestore:
+            return "restore";
+        case CommandName::kSize:
+            return "size";
+    }
+    return "";
+}
+
+std::optional<Options> ParseOptions(int count, const char* const* words, std::string& text) {
+    return Parser().Parse(count, words, text);
+}
+
+bool WantsJson(int count, const char* const* words) {
+    return std::find(words, words + count, std::string("--json")) != words + count;
+}

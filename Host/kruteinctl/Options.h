@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+enum class CommandName { kBackup, kRestore, kSize };
+
+enum class Output { kPeople, kQuiet, kJson };
+
+/// What the user asked for.
+struct Options {
+    CommandName command = CommandName::kBackup;
+    std::string udid;
+    std::string folder;
+    Output output = Output::kPeople;
+};
+
+/// The name of a command as it is typed.
+const char* NameOf(CommandName command);
+
+/// Reads the command line.
+/// \param text  receives what --help and --version print, when the result is empty.
+/// \throws Failure (usage).
+std::optional<Options> ParseOptions(int count, const char* const* words, std::string& text);
+
+/// True when --json is among the words; for failures of the parsing itself.
+bool WantsJson(int count, const char* const* words);

@@ -1,0 +1,68 @@
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <exception>
+
+#include "Host/kruteinctl/Commands.h"
+#include "Host/kruteinctl/Options.h"
+#include "Host/kruteinctl/Presenter.h"
+#include "Host/kruteinctl/Session.h"
+#include "Host/kruteinctl/StopSignals.h"
+#include "Host/kruteinctl/Streams.h"
+
+namespace {
+
+Summary RunCommand(const Options& options, Session& session) {
+    switch (options.command) {
+        case CommandName::kBackup:
+            return RunBackupCommand(options, session);
+        case CommandName::kRestore:
+            return RunRestoreCommand(options, session);
+        case CommandName::kSize:
+            return RunSizeCommand(options, session);
+    }
+    throw Failure(ExitCode::kUsage, "no such command");
+}
+
+ExitCode RunWith(const Options& options, Presenter& presenter, StopSignals& signals) {
+    try {
+        const CollectedErrors collected([&](const std::string& line) { presenter.ToolLine(line); });
+        Session session(presenter, signals);
+        Summary summary = RunCommand(options, session);
+        summary.elapsed = session.Elapsed();
+        presenter.Done(summary);
+        return ExitCode::kDone;
+    } catch (const Failure& failure) {
+        presenter.Failed(options.command, failure);
+        return failure.Code();
+    } catch (const std::exception& error) {
+        presenter.Failed(options.command, Failure(ExitCode::kFailed, error.what()));
+        return ExitCode::kFailed;
+    }
+}
+
+ExitCode Main(int count, const char* const* words, const Streams& streams, StopSignals& signals) {
+    try {
+        std::string text;
+        const std::optional<Options> options = ParseOptions(count, words, text);
+        if (options) return RunWith(*options, *MakePresenter(options->output, streams), signals);
+        fmt::print(streams.Out(), "{}", text);
+        return ExitCode::kDone;
+    } catch (const Failure& failure) {
+        const Output output = WantsJson(count, words) ? Output::kJson : Output::kPeople;
+        MakePresenter(output, streams)->Failed(std::nullopt, failure);
+        return failure.Code();
+    }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    StopSignals signals;
+    const Streams streams;
+    const ExitCode code = Main(count, words, streams, signals);
+    std::fflush(streams.Out());
+    // After a stop the library's worker may still be on its way; it must not meet half-destroyed statics.
+    if (code == ExitCode::kStopped) std::_Exit(static_cast<int>(code));
+    return static_cast<int>(code);
+}

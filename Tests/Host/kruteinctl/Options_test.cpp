@@ -1,0 +1,117 @@
+#include "Host/kruteinctl/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+#include "Common/Version.h"
+#include "Host/ToolCodes.h"
+#include "Host/kruteinctl/Failure.h"
+#include "Module/BackupLib/MobileBackupTask.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+struct Parsed {
+    std::optional<Options> options;
+    std::string text;
+    std::string error;
+};
+
+Parsed Parse(std::vector<const char*> words) {
+    words.insert(words.begin(), "kruteinctl");
+    Parsed parsed;
+    try {
+        parsed.options = ParseOptions(static_cast<int>(words.size()), words.data(), parsed.text);
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Code(), ExitCode::kUsage);
+        parsed.error = failure.what();
+    }
+    return parsed;
+}
+
+}  // namespace
+
+TEST(Options, OfABackup) {
+    const Parsed parsed = Parse({"backup", "the-device", "--to", "/b", "--json"});
+    ASSERT_TRUE(parsed.options);
+    EXPECT_EQ(parsed.options->command, CommandName::kBackup);
+    EXPECT_EQ(parsed.options->udid, "the-device");
+    EXPECT_EQ(parsed.options->folder, "/b");
+    EXPECT_EQ(parsed.options->output, Output::kJson);
+}
+
+TEST(Options, OfARestoreAndASize) {
+    const Parsed restore = Parse({"restore", "--from", "/b", "the-device", "-q"});
+    ASSERT_TRUE(restore.options);
+    EXPECT_EQ(restore.options->command, CommandName::kRestore);
+    EXPECT_EQ(restore.options->output, Output::kQuiet);
+    const Parsed size = Parse({"size", "the-device", "--from=/b"});
+    ASSERT_TRUE(size.options);
+    EXPECT_EQ(size.options->command, CommandName::kSize);
+    EXPECT_EQ(size.options->output, Output::kPeople);
+}
+
+TEST(Options, VersionAndHelpAreTexts) {
+    EXPECT_EQ(Parse({"--version"}).text, "kruteinctl " KRUTEIN_VERSION "\n");
+    EXPECT_THAT(Parse({"--help"}).text, HasSubstr("backup"));
+    EXPECT_THAT(Parse({"backup", "--help"}).text, HasSubstr("Example:"));
+}
+
+TEST(Options, HelpListsEveryExitCode) {
+    const std::string help = Parse({"--help"}).text;
+    for (const ExitCodeRow& row : ExitCodeTable()) {
+        EXPECT_THAT(help, HasSubstr(std::to_string(static_cast<int>(row.code)) + " " + row.meaning));
+    }
+}
+
+TEST(Options, WrongUsageIsSaidOnOneLine) {
+    for (const std::vector<const char*>& words : std::vector<std::vector<const char*>>{
+             {},
+             {"bakup"},
+             {"backup"},
+             {"backup", "the-device"},
+             {"backup", "--to", "/b"},
+             {"backup", "the-device", "--to", "/b", "--from", "/c"},
+             {"backup", "the-device", "another", "--to", "/b"},
+             {"backup", "the-device", "--to", "/b", "--json", "--quiet"},
+             {"--nonsense"},
+         }) {
+        const Parsed parsed = Parse(words);
+        EXPECT_FALSE(parsed.options);
+        EXPECT_FALSE(parsed.error.empty());
+        EXPECT_EQ(parsed.error.find('\n'), std::string::npos) << parsed.error;
+    }
+}
+
+TEST(ExitCodes, AreDistinct) {
+    std::set<int> codes;
+    std::set<std::string> causes;
+    for (const ExitCodeRow& row : ExitCodeTable()) {
+        EXPECT_TRUE(codes.insert(static_cast<int>(row.code)).second);
+        EXPECT_TRUE(causes.insert(row.cause).second);
+        EXPECT_STREQ(CauseOf(row.code), row.cause);
+    }
+}
+
+TEST(ExitCodes, EveryReturnCodeOfARunHasOne) {
+    EXPECT_EQ(ExitCodeOfRun(kRunnerOk), ExitCode::kDone);
+    EXPECT_EQ(ExitCodeOfRun(kRunnerNoExitMessage), ExitCode::kToolNoResult);
+    EXPECT_EQ(ExitCodeOfRun(kRunnerPipeFailed), ExitCode::kFailed);
+    EXPECT_EQ(ExitCodeOfRun(kRunnerStartFailed), ExitCode::kToolNotStarted);
+    EXPECT_EQ(ExitCodeOfRun(kToolNoDevice), ExitCode::kNoDevice);
+    EXPECT_EQ(ExitCodeOfRun(kToolNotWritable), ExitCode::kNotWritable);
+    EXPECT_EQ(ExitCodeOfRun(kToolDiskFull), ExitCode::kDiskFull);
+    EXPECT_EQ(ExitCodeOfRun(kToolBackupDamaged), ExitCode::kBackupDamaged);
+    EXPECT_EQ(ExitCodeOfRun(kToolNoBackup), ExitCode::kNoBackup);
+    EXPECT_EQ(ExitCodeOfRun(4711), ExitCode::kFailed);
+    EXPECT_EQ(ExitCodeOfRun(-3), ExitCode::kFailed);
+}
+
+TEST(ExitCodes, RunsAreSaidInWordsAndAsANumber) {
+    EXPECT_EQ(WordsForRun(11), "no such device is connected (code 11)");
+    EXPECT_EQ(WordsForRun(-3), "the backup tool failed (code -3)");
+}
