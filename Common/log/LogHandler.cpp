@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr std::size_t kMaxLogBytes = 4U * 1024U * 1024U;
+constexpr std::size_t kMaxLogBytes = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kKeptLogs = 3;
 
 struct OpenLog {

@@ -36,7 +36,7 @@ constexpr int kKillAttempts = 3;
 
 /// A process id travels as the context pointer of a background task.
 void* ContextOf(pid_t pid) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(pid));
+    return reinterpret_cast<void*>(static_cast<std::intptr_t>(pid));  // NOLINT(performance-no-int-to-ptr)
 }
 
 pid_t PidOf(void* context) {

@@ -1,6 +1,7 @@
 #include "Host/kruteinctl/Progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "Host/kruteinctl/Text.h"
@@ -49,5 +50,5 @@ ProgressState Progress::At(Clock::time_point now) const {
 std::optional<std::chrono::seconds> Progress::Remaining(Clock::duration elapsed) const {
     if (m_fraction < kEnoughDone || elapsed < kEnoughTime) return std::nullopt;
     const double seconds = std::chrono::duration<double>(elapsed).count() * (1 - m_fraction) / m_fraction;
-    return std::chrono::seconds(static_cast<long long>(seconds + 0.5));
+    return std::chrono::seconds(std::llround(seconds));
 }

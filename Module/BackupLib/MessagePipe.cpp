@@ -16,9 +16,9 @@
 namespace krutein {
 namespace {
 
-constexpr std::size_t kBufferBytes = 64U * 1024U;
+constexpr std::size_t kBufferBytes = std::size_t{64} * 1024;
 /// A payload's buffer grows with the bytes that really come, so that a wrong length costs no memory.
-constexpr std::size_t kPayloadStepBytes = 1024U * 1024U;
+constexpr std::size_t kPayloadStepBytes = std::size_t{1024} * 1024;
 
 void CloseEnd(int& end) {
     if (end != kNoDescriptor) close(end);

@@ -47,6 +47,7 @@ Ends MakeTerminal(int columns) {
 
 std::vector<char*> Pointers(const std::vector<std::string>& words) {
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (const std::string& word : words)
         pointers.push_back(const_cast<char*>(word.c_str()));
     pointers.push_back(nullptr);
@@ -55,8 +56,9 @@ std::vector<char*> Pointers(const std::vector<std::string>& words) {
 
 std::vector<std::string> MergedEnvironment(const std::map<std::string, std::string>& added) {
     std::vector<std::string> merged;
+    merged.reserve(added.size());
     for (const auto& [name, value] : added)
-        merged.push_back(name + "=" + value);
+        merged.emplace_back(name).append("=").append(value);
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string text = *entry;
         if (added.count(text.substr(0, text.find('='))) == 0) merged.push_back(text);

@@ -132,6 +132,7 @@ TEST(Log, TakesLinesFromManyThreads) {
     const TemporaryFolder folder;
     const Variable variable("KRUTEIN_LOG_DIR", folder.Path().c_str());
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([] {
             for (int line = 0; line < 100; ++line) {

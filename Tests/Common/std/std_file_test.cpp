@@ -56,7 +56,7 @@ ReadResult ReadBuffer(const std::string& path) {
 
 /// A file of this length that takes no room.
 std::string SparseFile(const TemporaryFolder& folder, std::uintmax_t bytes) {
-    const std::string path = folder.Write("sparse");
+    std::string path = folder.Write("sparse");
     fs::resize_file(path, bytes);
     return path;
 }
@@ -208,7 +208,7 @@ TEST(DirInfo, WalksADeepTreeWithFewDescriptors) {
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
     rlimit few = before;
-    few.rlim_cur = static_cast<rlim_t>(ResourceCount::Now().descriptors + 8);
+    few.rlim_cur = static_cast<rlim_t>(ResourceCount::Now().descriptors) + 8;
     setrlimit(RLIMIT_NOFILE, &few);
     const Listing listing = List(folder.Path());
     setrlimit(RLIMIT_NOFILE, &before);

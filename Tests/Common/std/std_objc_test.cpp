@@ -105,6 +105,7 @@ TEST(System, GivesTheChildTheDefaultStopSignal) {
 TEST(System, WorksWhileOtherThreadsAllocate) {
     std::atomic<bool> done{false};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&done] {
             while (!done)

@@ -25,7 +25,7 @@ double MillisecondsSince(Clock::time_point start) {
 
 /// A program file of this name in a folder, a copy of the system's sleep.
 std::string Sleeper(const TemporaryFolder& folder, const std::string& name) {
-    const std::string path = folder.Path(name);
+    std::string path = folder.Path(name);
     std::filesystem::copy_file("/bin/sleep", path);
     return path;
 }

@@ -14,8 +14,6 @@
 #include "Host/kruteinctl/WorkFolder.h"
 #include "Tests/support/TemporaryFolder.h"
 
-using testing::HasSubstr;
-
 namespace fs = std::filesystem;
 
 namespace {

@@ -486,6 +486,7 @@ TEST_F(RunnerTest, RunsWhileOtherThreadsAllocate) {
     tool.Many(100).ExitMessage(0);
     std::atomic<bool> done{false};
     std::vector<std::thread> threads;
+    threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&done] {
             while (!done)
