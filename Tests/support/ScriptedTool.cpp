@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -18,6 +19,8 @@
 #include <vector>
 
 #include "Module/BackupLib/PipeMessage.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -98,6 +101,13 @@ void MakeBackup(const Options& options) {
     std::ofstream(parent + "/left-over") << "x";
 }
 
+/// Runs a command with the folders of the job in its environment.
+void RunShell(const Options& options, const std::string& command) {
+    setenv("JOB", options.at("-backuppath").c_str(), 1);
+    setenv("BACKUP", (options.at("-backuppath") + "/" + options.at("-target")).c_str(), 1);
+    if (std::system(command.c_str()) != 0) std::_Exit(96);
+}
+
 std::string RestOf(std::istringstream& step) {
     std::string rest;
     std::getline(step >> std::ws, rest);
@@ -155,6 +165,11 @@ void Do(const std::string& line, const std::string& argument) {
         std::ofstream(RestOf(step)) << found;
     } else if (verb == "make-backup") {
         MakeBackup(options);
+    } else if (verb == "copy-backup") {
+        fs::create_directories(options.at("-backuppath"));
+        fs::copy(RestOf(step), options.at("-backuppath") + "/" + options.at("-target"), fs::copy_options::recursive);
+    } else if (verb == "sh") {
+        RunShell(options, RestOf(step));
     } else if (verb == "close-pipe") {
         close(g_pipe);
     } else if (verb == "say") {

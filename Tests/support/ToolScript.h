@@ -53,6 +53,10 @@ class ToolScript {
     ToolScript& KeepDescriptors() { return Step("list-descriptors " + m_folder.Path("descriptors")); }
     /// Makes -backuppath/-target with a manifest, and something beside it.
     ToolScript& MakeBackup() { return Step("make-backup"); }
+    /// Makes -backuppath/-target a copy of a folder.
+    ToolScript& CopyBackup(const std::string& folder) { return Step("copy-backup " + folder); }
+    /// Runs a command in which $JOB is -backuppath and $BACKUP the device's folder in it.
+    ToolScript& Shell(const std::string& command) { return Step("sh " + command); }
     ToolScript& End(int status) { return Step("end " + std::to_string(status)); }
 
     void Make(const std::string& file) const { m_folder.Write(file); }

@@ -1,0 +1,106 @@
+#include "Common/ini/IniObj.h"
+
+#include <map>
+#include <new>
+#include <vector>
+
+#include "Common/ini/iniparser.h"
+#include "Common/std/std_file.h"
+#include "Common/std/std_path.h"
+#include "Common/std/std_string.h"
+
+namespace {
+
+using Sections = std::map<std::string, std::vector<ST_INI_KEY_VALUE>>;
+
+Sections Group(const dictionary& d) {
+    Sections sections;
+    std::vector<std::string> pieces;
+    for (int i = 0; i < d.size; ++i) {
+        if (d.key[i] == nullptr) continue;
+        STD_SplitA(d.key[i], ":", pieces);
+        if (pieces.size() != 2) continue;
+        sections[pieces[0]].push_back({pieces[1], d.val[i] == nullptr ? "" : d.val[i]});
+    }
+    return sections;
+}
+
+void Write(const Sections& sections, FILE* out) {
+    for (const auto& [section, lines] : sections) {
+        std::fprintf(out, "[%s]\n", section.c_str());
+        for (const ST_INI_KEY_VALUE& line : lines)
+            std::fprintf(out, "%s = %s\n", line.key.c_str(), line.value.c_str());
+        std::fputs("\n", out);
+    }
+}
+
+}  // namespace
+
+void iniparser_patch_dump_ini(const dictionary* d, FILE* out) {
+    if (d == nullptr || out == nullptr) return;
+    try {
+        Write(Group(*d), out);
+    } catch (const std::bad_alloc&) {
+        // Nothing has been written: the grouping comes first.
+    }
+}
+
+CIniObj::~CIniObj() { unload(); }
+
+bool CIniObj::load(std::string path) {
+    STD_PATH_FormatA(path);
+    if (!STD_PATH_ExistA(path)) {
+        if (FILE* const created = STD_FILE_OpenA(path, "w")) std::fclose(created);
+    }
+    unload();
+    m_dictionary = iniparser_load(path.c_str());
+    if (m_dictionary == nullptr) return false;
+    m_path = path;
+    return true;
+}
+
+void CIniObj::unload() {
+    iniparser_freedict(m_dictionary);
+    m_dictionary = nullptr;
+}
+
+void CIniObj::save() {
+    if (m_dictionary == nullptr) return;
+    FILE* const file = STD_FILE_OpenA(m_path, "w");
+    if (file == nullptr) return;
+    iniparser_patch_dump_ini(m_dictionary, file);
+    std::fclose(file);
+}
+
+bool CIniObj::formatIniKey(const char* section, const char* key, std::string& out) {
+    if (section == nullptr || *section == '\0') return false;
+    out = section;
+    if (key != nullptr) out.append(":").append(key);
+    return true;
+}
+
+std::string CIniObj::getIni_string(std::string section, std::string key, std::string def) {
+    std::string entry;
+    if (!keyOf(section, key, entry)) return def;
+    const char* const value = iniparser_getstring(m_dictionary, entry.c_str(), def.c_str());
+    return value == nullptr ? def : value;
+}
+
+int CIniObj::getIni_int(std::string section, std::string key, int def) {
+    std::string entry;
+    return keyOf(section, key, entry) ? iniparser_getint(m_dictionary, entry.c_str(), def) : def;
+}
+
+bool CIniObj::setIni_string(std::string section, std::string key, std::string value) {
+    std::string entry;
+    return keyOf(section, key, entry) && iniparser_set(m_dictionary, entry.c_str(), value.c_str()) == 0;
+}
+
+bool CIniObj::setIni_int(std::string section, std::string key, int value) {
+    return setIni_string(std::move(section), std::move(key), STD_FormatA("%d", value));
+}
+
+/// The entry's name. \return false when nothing is loaded or the section is empty.
+bool CIniObj::keyOf(const std::string& section, const std::string& key, std::string& out) {
+    return m_dictionary != nullptr && formatIniKey(section.c_str(), key.c_str(), out);
+}

@@ -1,0 +1,158 @@
+// The part of the backup manager that keeps the files of the wanted types and deletes all others.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <iterator>
+#include <memory>
+
+#include "Common/log/Log.h"
+#include "Common/std/std_file.h"
+#include "Common/std/std_path.h"
+#include "Common/std/std_sha1.h"
+#include "Module/BackupLib/BackupMgr.h"
+#include "Module/BackupLib/ConfigMgr.h"
+#include "Module/BackupLib/Database.h"
+#include "Module/BackupLib/mbdb/mbdb.h"
+
+namespace {
+
+/// The contacts' pictures: kept by every job for contacts.
+constexpr char kContactImagesFileID[] = "cd6702cea29fe89cf280a76794405adb17f9a0ee";
+
+/// Shorter names are those of the backup's own files: catalogues, Info.plist and the like.
+constexpr std::size_t kLeastIdChars = 20;
+
+constexpr std::uint32_t kCacheMagic = 0xEEEEEEEE;
+constexpr std::uint32_t kCacheEnd = 0xFFFFFFFF;
+
+std::string LowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+/// True when one of the texts, which are in lower case, occurs in the value.
+bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
+    if (value.empty()) return false;
+    const std::string lower = LowerCase(value);
+    return std::any_of(texts.begin(), texts.end(),
+                       [&](const std::string& text) { return lower.find(text) != std::string::npos; });
+}
+
+std::string TextOf(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+
+struct FreeCatalogue {
+    void operator()(mbdb_t* mbdb) const { mbdb_free(mbdb); }
+};
+
+/// Writes little-endian numbers and texts.
+class CacheWriter {
+   public:
+    explicit CacheWriter(FILE* file) : m_file(file) {}
+
+    void Number32(std::uint32_t value) { Number(value, 4); }
+    void Number16(std::size_t value) { Number(static_cast<std::uint32_t>(value), 2); }
+
+    /// As many bytes of the text as its 16-bit length says.
+    void Text(const std::string& text) {
+        const std::size_t length = text.size() & 0xFFFFU;
+        if (length > 0) std::fwrite(text.data(), 1, length, m_file);
+    }
+
+   private:
+    void Number(std::uint32_t value, std::size_t bytes) {
+        unsigned char little[4];
+        for (std::size_t i = 0; i < bytes; ++i)
+            little[i] = static_cast<unsigned char>(value >> (8 * i));
+        std::fwrite(little, 1, bytes, m_file);
+    }
+
+    FILE* m_file;
+};
+
+}  // namespace
+
+int CBackupMgr::DeleteNotNeedFiles() {
+    if (m_fullBackup) return kJobDone;
+    std::set<std::string> need;
+    if (const int failed = m_legacyManifest ? GetNeedFilesIOS9(need) : GetNeedFilesIOS10(need)) {
+        KRUTEIN_LOG("[Backup] GetNeedFilesIOS9 fail ret =%d!\n", failed);
+        return failed;
+    }
+    if (need.empty()) return kJobNothingNeeded;
+    if (HasType(kBackupTypeContact)) need.insert(kContactImagesFileID);
+    DeleteNoNeedFile(need);
+    return kJobDone;
+}
+
+int CBackupMgr::GetNeedFilesIOS10(std::set<std::string>& need) {
+    const std::string text = CConfigMgr::GetInstance()->GetSQL(m_typeNames);
+    if (text.empty()) return kJobNoQuery;
+    // A missing catalogue counts as an empty one, and is not made by looking for it.
+    if (!STD_PATH_ExistA(m_manifestPath)) return kJobDone;
+    krutein::Database manifest;
+    if (!manifest.Open(m_manifestPath)) return kJobCannotOpenManifestDb;
+    krutein::Query query(manifest, text);
+    while (query.Next())
+        need.insert(LowerCase(query.Text(0)));
+    return kJobDone;
+}
+
+int CBackupMgr::GetNeedFilesIOS9(std::set<std::string>& need) {
+    std::vector<std::string> domains;
+    std::vector<std::string> paths;
+    if (!CConfigMgr::GetInstance()->GetAppDomainAndRelativePath(m_typeNames, domains, paths)) return kJobNoDomains;
+    const std::unique_ptr<mbdb_t, FreeCatalogue> manifest(mbdb_open(m_manifestPath.c_str()));
+    if (manifest == nullptr) return kJobCannotOpenMbdb;
+    for (const mbdb_record_t* const record : manifest->records) {
+        const std::string domain = TextOf(record->domain);
+        const std::string path = TextOf(record->path);
+        if (!OccursIn(domain, domains) && !OccursIn(path, paths)) continue;
+        const std::string fileID = STD_FILE_CalcDomainPathSha1A(domain, path);
+        if (fileID.empty()) {
+            KRUTEIN_LOG("[Backup] GetNeedFilesIOS9* 计算HASH失败[%s][%s]", domain.c_str(), path.c_str());
+            continue;
+        }
+        m_manifestEntries[fileID] = {fileID, domain, path, 0};
+        need.insert(fileID);
+    }
+    return kJobDone;
+}
+
+void CBackupMgr::DeleteNoNeedFile(std::set<std::string>& need) {
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    long long bytes = 0;
+    STD_FILE_GetDirInfoA(m_backupFolder, files, folders, bytes, true);
+    for (const std::string& file : files) {
+        const std::string name = LowerCase(STD_PATH_GetNameA(file, true));
+        if (name.size() < kLeastIdChars) continue;
+        // Each needed ID keeps one file: a second one of the name goes.
+        if (need.erase(name) > 0) continue;
+        if (!STD_FILE_DeleteFileA(file)) KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!", file.c_str());
+    }
+    if (m_legacyManifest) return;
+    for (const std::string& folder : folders)
+        STD_FILE_DeleteEmptyDirA(folder);
+}
+
+bool CBackupMgr::SaveIOS9HashCache(std::string path, std::map<std::string, ST_DB_FILE_INFO>& entries) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(STD_FILE_OpenA(std::move(path), "wb"), &std::fclose);
+    if (file == nullptr) return false;
+    CacheWriter writer(file.get());
+    writer.Number32(kCacheMagic);
+    writer.Number32(static_cast<std::uint32_t>(entries.size()));
+    std::uint32_t index = 0;
+    for (const auto& [fileID, entry] : entries) {
+        writer.Number32(index++);
+        writer.Number16(entry.fileID.size());
+        writer.Number16(entry.domain.size());
+        writer.Number16(entry.relativePath.size());
+        writer.Text(entry.fileID);
+        writer.Text(entry.domain);
+        writer.Text(entry.relativePath);
+    }
+    writer.Number32(kCacheEnd);
+    return true;
+}
