@@ -45,7 +45,9 @@ void iniparser_patch_dump_ini(const dictionary* d, FILE* out) {
     }
 }
 
-CIniObj::~CIniObj() { unload(); }
+CIniObj::~CIniObj() {
+    unload();
+}
 
 bool CIniObj::load(std::string path) {
     STD_PATH_FormatA(path);

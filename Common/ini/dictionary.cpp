@@ -69,7 +69,8 @@ bool Grow(dictionary& d) {
 
 int FreeSlot(const dictionary& d) {
     int slot = d.n;
-    while (d.key[slot] != nullptr) slot = slot + 1 == d.size ? 0 : slot + 1;
+    while (d.key[slot] != nullptr)
+        slot = slot + 1 == d.size ? 0 : slot + 1;
     return slot;
 }
 

@@ -7,8 +7,8 @@
 
 /// A dictionary of texts in numbered slots: what INI files are read into.
 ///
-/// Plain structure and functions; a dictionary is used by one thread at a time. Keys are compared as they are;
-/// iniparser.h lowers names before it looks them up. No function throws.
+/// Plain structure and functions; a dictionary is used by one thread at a time. Keys are compared as they
+/// are; iniparser.h lowers names before it looks them up. No function throws.
 struct dictionary {
     int n;           ///< entries in use
     int size;        ///< slots, 128 at least
@@ -30,8 +30,8 @@ KRUTEIN_API void dictionary_del(dictionary* d);
 /// argument is null.
 KRUTEIN_API const char* dictionary_get(const dictionary* d, const char* key, const char* def);
 
-/// Stores copies of key and value. A new key takes the first free slot from slot n on, an existing one keeps its
-/// slot. The dictionary doubles when it is full.
+/// Stores copies of key and value. A new key takes the first free slot from slot n on, an existing one keeps
+/// its slot. The dictionary doubles when it is full.
 /// \param val  may be null: a key without a value.
 /// \return 0; -1, with nothing changed, for a null dictionary or key and without memory.
 KRUTEIN_API int dictionary_set(dictionary* d, const char* key, const char* val);

@@ -12,7 +12,7 @@ constexpr std::size_t kLineBytes = 1024;
 
 /// A name in lower case, cut at kLineBytes bytes. Needs no memory, so that no lookup can fail for want of it.
 class LowerName {
-   public:
+ public:
     explicit LowerName(const char* name) {
         for (; *name != '\0' && m_size < kLineBytes; ++name) {
             const auto c = static_cast<unsigned char>(*name);
@@ -23,12 +23,14 @@ class LowerName {
 
     const char* Text() const { return m_text; }
 
-   private:
+ private:
     std::size_t m_size = 0;
     char m_text[kLineBytes + 1];
 };
 
-inline bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
+inline bool IsSpace(char c) {
+    return std::isspace(static_cast<unsigned char>(c)) != 0;
+}
 
 /// Removes white space at both ends, in place. \return the length that is left.
 inline std::size_t Strip(char* text) {

@@ -23,9 +23,13 @@ int WriteToStandardError(const char* format, ...) {
 ErrorCallback g_report = WriteToStandardError;
 
 /// Tells an absent key from one with a null value.
-const char* InvalidKey() { return reinterpret_cast<const char*>(UINTPTR_MAX); }
+const char* InvalidKey() {
+    return reinterpret_cast<const char*>(UINTPTR_MAX);
+}
 
-bool IsSection(const char* key) { return key != nullptr && std::strchr(key, ':') == nullptr; }
+bool IsSection(const char* key) {
+    return key != nullptr && std::strchr(key, ':') == nullptr;
+}
 
 /// What stands behind the section and the colon in a key of that section; null for other keys.
 const char* NameWithin(const char* section, const char* key) {
@@ -35,9 +39,13 @@ const char* NameWithin(const char* section, const char* key) {
 }
 
 /// The value of an entry that is there and has one, else null.
-const char* ValueOf(const dictionary* d, const char* key) { return iniparser_getstring(d, key, nullptr); }
+const char* ValueOf(const dictionary* d, const char* key) {
+    return iniparser_getstring(d, key, nullptr);
+}
 
-const char* TextOf(const char* value) { return value == nullptr ? "" : value; }
+const char* TextOf(const char* value) {
+    return value == nullptr ? "" : value;
+}
 
 void DumpWithoutSections(const dictionary& d, FILE* out) {
     for (int i = 0; i < d.size; ++i) {
@@ -49,7 +57,9 @@ void DumpWithoutSections(const dictionary& d, FILE* out) {
 
 namespace krutein::ini {
 
-ErrorCallback Report() { return g_report; }
+ErrorCallback Report() {
+    return g_report;
+}
 
 }  // namespace krutein::ini
 
@@ -134,7 +144,9 @@ void iniparser_unset(dictionary* d, const char* entry) {
     if (entry != nullptr) dictionary_unset(d, LowerName(entry).Text());
 }
 
-void iniparser_freedict(dictionary* d) { dictionary_del(d); }
+void iniparser_freedict(dictionary* d) {
+    dictionary_del(d);
+}
 
 void iniparser_dump(const dictionary* d, FILE* out) {
     if (d == nullptr || out == nullptr) return;

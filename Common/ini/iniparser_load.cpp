@@ -85,7 +85,7 @@ void SkipByteOrderMark(FILE* file) {
 }
 
 class Reader {
-   public:
+ public:
     Reader(const char* path, FILE* file, dictionary* d) : m_path(path), m_file(file), m_dictionary(d) {}
 
     /// \return false when any line was no INI syntax.
@@ -100,7 +100,7 @@ class Reader {
         return m_errors == 0;
     }
 
-   private:
+ private:
     /// Reads to the next line that is neither empty nor a comment.
     bool NextLine(char (&line)[kLineBytes]) {
         int kind = kEmptyLine;

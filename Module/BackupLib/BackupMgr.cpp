@@ -85,7 +85,9 @@ int CBackupMgr::StopBackup() {
     return KillAppleBackupExe();
 }
 
-bool CBackupMgr::IsCancle() { return krutein::JobCancelled(); }
+bool CBackupMgr::IsCancle() {
+    return krutein::JobCancelled();
+}
 
 std::string CBackupMgr::GenerateCacheDir() {
     return CConfigMgr::GetInstance()->GenerateBackupDir(kBackupTypeCache, "");

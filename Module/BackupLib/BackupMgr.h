@@ -27,38 +27,41 @@ extern KRUTEIN_API const std::string kSMSFileID;
 /// How a job ended, besides the return codes of a run (RunnerCode and the tool's own). Never change.
 enum JobResult : int {
     kJobDone = 0,
-    kJobNoDevice = 1,                ///< the device pointer is null
-    kJobNothingNeeded = 1000,        ///< the catalogue lists no file of the types
+    kJobNoDevice = 1,          ///< the device pointer is null
+    kJobNothingNeeded = 1000,  ///< the catalogue lists no file of the types
     kJobCannotOpenManifestDb = 1008,
     kJobRecordNotWritten = 1009,
-    kJobNoFolder = 1013,             ///< the backup's folder could not be created
-    kJobNoRecords = 1014,            ///< none of the apps' databases holds anything
+    kJobNoFolder = 1013,   ///< the backup's folder could not be created
+    kJobNoRecords = 1014,  ///< none of the apps' databases holds anything
     kJobCancelled = 1018,
-    kJobUnknownType = 1019,          ///< the type has no bit that is known
-    kJobNoIdentifier = 1021,         ///< the device has no identifier
+    kJobUnknownType = 1019,   ///< the type has no bit that is known
+    kJobNoIdentifier = 1021,  ///< the device has no identifier
     kJobAlreadyRunning = 1022,
-    kJobNoQuery = 1023,              ///< nothing is configured for the types
-    kJobNoDomains = 1024,            ///< nothing is configured for the types
+    kJobNoQuery = 1023,    ///< nothing is configured for the types
+    kJobNoDomains = 1024,  ///< nothing is configured for the types
     kJobCannotOpenMbdb = 1025,
-    kJobUnknownVersion = 1026        ///< the device's major version is negative
+    kJobUnknownVersion = 1026  ///< the device's major version is negative
 };
 
-/// Makes typed and full backups: runs the tool, keeps the files of the wanted types, checks that their databases hold
-/// records, and writes the backup's record file.
+/// Makes typed and full backups: runs the tool, keeps the files of the wanted types, checks that their
+/// databases hold records, and writes the backup's record file.
 ///
-/// A job runs on the caller's thread from start to end, one at a time. StopBackup and IsCancle may be called from any
-/// thread; everything else belongs to the thread of the job. The results of the operations below StartBackup depend on
-/// the job before them; hosts call StartBackupSafe, StopBackup, DeleteFailBackupFiles and GenerateCacheDir.
+/// A job runs on the caller's thread from start to end, one at a time. StopBackup and IsCancle may be called
+/// from any thread; everything else belongs to the thread of the job. The results of the operations below
+/// StartBackup depend on the job before them; hosts call StartBackupSafe, StopBackup, DeleteFailBackupFiles
+/// and GenerateCacheDir.
 class KRUTEIN_API CBackupMgr {
-   public:
+ public:
     static CBackupMgr* GetInstance();
     CBackupMgr(const CBackupMgr&) = delete;
     CBackupMgr& operator=(const CBackupMgr&) = delete;
 
-    /// Makes a backup into a new folder below `folder` (see CConfigMgr::GenerateBackupDir): the device's backup in a
-    /// folder named by its identifier, backup_config.ini beside it.
-    /// \param device    not null; stays the caller's. Used until the job ends, and by the next call of SaveBackup.
-    /// \param folder    UTF-8; "" for the cache folder. What holds for the texts of CMobileBackupTask holds for it.
+    /// Makes a backup into a new folder below `folder` (see CConfigMgr::GenerateBackupDir): the device's
+    /// backup in a folder named by its identifier, backup_config.ini beside it.
+    /// \param device    not null; stays the caller's. Used until the job ends, and by the next call of
+    /// SaveBackup.
+    /// \param folder    UTF-8; "" for the cache folder. What holds for the texts of CMobileBackupTask holds
+    /// for it.
     /// \param callback  receives the tool's progress as kCallBackBackup; may be null; stays the caller's.
     /// \param type      see BackupType.
     /// \param option    value of the tool's -model option.
@@ -68,8 +71,8 @@ class KRUTEIN_API CBackupMgr {
     /// The job itself, without the guard against a second one. Called by StartBackupSafe.
     int StartBackup(IBaseDevice* device, std::string& folder, CCallBack* callback, int type);
 
-    /// Asks the running job to stop, and ends its tool: it then returns kJobCancelled. A job whose files are being
-    /// pruned goes on to its end. \return 0.
+    /// Asks the running job to stop, and ends its tool: it then returns kJobCancelled. A job whose files are
+    /// being pruned goes on to its end. \return 0.
     int StopBackup();
 
     /// True once the running job has been asked to stop.
@@ -95,8 +98,8 @@ class KRUTEIN_API CBackupMgr {
     int GetNeedFilesIOS10(std::set<std::string>& need);
     int GetNeedFilesIOS9(std::set<std::string>& need);
 
-    /// Deletes the files of the backup that are not needed; names of less than 20 characters are kept. In the newer
-    /// layout folders that became empty go too.
+    /// Deletes the files of the backup that are not needed; names of less than 20 characters are kept. In the
+    /// newer layout folders that became empty go too.
     /// \param need  file IDs; each that was found is removed from it.
     void DeleteNoNeedFile(std::set<std::string>& need);
 
@@ -117,22 +120,24 @@ class KRUTEIN_API CBackupMgr {
     /// Appends the file IDs of all databases of WeChat accounts.
     void GetWechatFileIDs(std::vector<std::string>& ids);
 
-    /// Writes the job's backup_config.ini. \return false when it cannot be loaded or the hash cache not be written.
+    /// Writes the job's backup_config.ini. \return false when it cannot be loaded or the hash cache not be
+    /// written.
     bool SaveBackup();
 
-   private:
+ private:
     CBackupMgr() = default;
 
     bool Enter();
     void Leave();
     int EndOf(int result);
     bool HasType(int bit) const { return (m_type & bit) != 0; }
-    bool CheckApp(const std::string& fileID, const char* firstQuery, const char* secondQuery, const char* log);
+    bool CheckApp(const std::string& fileID, const char* firstQuery, const char* secondQuery,
+                  const char* log);
     bool CheckWechat();
     void GetWechatFileIDsIOS9(std::vector<std::string>& ids);
     void GetWechatFileIDsIOS10(std::vector<std::string>& ids);
 
-    std::string m_backupDir;     ///< of the job
+    std::string m_backupDir;  ///< of the job
     std::string m_deviceID;
     IBaseDevice* m_device = nullptr;
     CCallBack* m_callBack = nullptr;

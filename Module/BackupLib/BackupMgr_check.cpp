@@ -23,9 +23,12 @@ constexpr char kWechatDatabases[] = "select fileID from Files where relativePath
 /// Characters of a file ID that name its folder in the newer layout.
 constexpr std::size_t kFolderChars = 2;
 
-bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
+bool IsEmpty(const char* text) {
+    return text == nullptr || *text == '\0';
+}
 
-/// Two spellings of the whole name, unlike the newer catalogue's query, which takes any case and any beginning.
+/// Two spellings of the whole name, unlike the newer catalogue's query, which takes any case and any
+/// beginning.
 bool IsWechatDatabase(const char* path) {
     const char* const name = std::strrchr(path, '/');
     return name != nullptr && (std::strcmp(name, "/mm.sqlite") == 0 || std::strcmp(name, "/MM.sqlite") == 0);

@@ -40,7 +40,9 @@ bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
                        [&](const std::string& text) { return lower.find(text) != std::string::npos; });
 }
 
-std::string TextOf(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+std::string TextOf(const char* text) {
+    return text == nullptr ? std::string() : std::string(text);
+}
 
 struct FreeCatalogue {
     void operator()(mbdb_t* mbdb) const { mbdb_free(mbdb); }
@@ -48,7 +50,7 @@ struct FreeCatalogue {
 
 /// Writes little-endian numbers and texts.
 class CacheWriter {
-   public:
+ public:
     explicit CacheWriter(FILE* file) : m_file(file) {}
 
     void Number32(std::uint32_t value) { Number(value, 4); }
@@ -60,7 +62,7 @@ class CacheWriter {
         if (length > 0) std::fwrite(text.data(), 1, length, m_file);
     }
 
-   private:
+ private:
     void Number(std::uint32_t value, std::size_t bytes) {
         unsigned char little[4];
         for (std::size_t i = 0; i < bytes; ++i)
@@ -102,7 +104,8 @@ int CBackupMgr::GetNeedFilesIOS10(std::set<std::string>& need) {
 int CBackupMgr::GetNeedFilesIOS9(std::set<std::string>& need) {
     std::vector<std::string> domains;
     std::vector<std::string> paths;
-    if (!CConfigMgr::GetInstance()->GetAppDomainAndRelativePath(m_typeNames, domains, paths)) return kJobNoDomains;
+    if (!CConfigMgr::GetInstance()->GetAppDomainAndRelativePath(m_typeNames, domains, paths))
+        return kJobNoDomains;
     const std::unique_ptr<mbdb_t, FreeCatalogue> manifest(mbdb_open(m_manifestPath.c_str()));
     if (manifest == nullptr) return kJobCannotOpenMbdb;
     for (const mbdb_record_t* const record : manifest->records) {

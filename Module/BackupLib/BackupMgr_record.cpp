@@ -20,8 +20,8 @@ constexpr char kMaker[] = "VelMora";
 std::string TimeText(std::time_t time) {
     std::tm local{};
     localtime_r(&time, &local);
-    return STD_FormatA("%04d-%02d-%02dT%02d:%02d:%02dZ", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                       local.tm_hour, local.tm_min, local.tm_sec);
+    return STD_FormatA("%04d-%02d-%02dT%02d:%02d:%02dZ", local.tm_year + 1900, local.tm_mon + 1,
+                       local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
 }
 
 /// KiB, rounded down but never 0.
@@ -32,7 +32,8 @@ int SizeInKib(long long bytes) {
 
 /// A text from the device as the value of one line: a line end in it would make the file unreadable.
 std::string OneLine(std::string text) {
-    std::replace_if(text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
     return text;
 }
 
@@ -40,7 +41,9 @@ void SetText(CIniObj& record, const char* key, const std::string& value) {
     record.setIni_string(kSection, key, value);
 }
 
-void SetNumber(CIniObj& record, const char* key, int value) { record.setIni_int(kSection, key, value); }
+void SetNumber(CIniObj& record, const char* key, int value) {
+    record.setIni_int(kSection, key, value);
+}
 
 void SetDevice(CIniObj& record, IBaseDevice& device) {
     SetText(record, "deviceID", OneLine(device.GetDeviceID()));

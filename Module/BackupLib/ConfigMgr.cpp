@@ -46,7 +46,8 @@ void AppendUnlessEmpty(std::vector<std::string>& list, std::string item) {
     if (!item.empty()) list.push_back(std::move(item));
 }
 
-/// "column like '%a%' or column like '%b%'". Built without the formatting buffer, which a long list would not fit.
+/// "column like '%a%' or column like '%b%'". Built without the formatting buffer, which a long list would not
+/// fit.
 std::string LikeClause(const std::string& column, const std::vector<std::string>& texts) {
     std::string clause;
     for (const std::string& text : texts) {
@@ -63,9 +64,13 @@ CConfigMgr* CConfigMgr::GetInstance() {
     return &instance;
 }
 
-CConfigMgr::CConfigMgr() { m_config.load(ConfigPath()); }
+CConfigMgr::CConfigMgr() {
+    m_config.load(ConfigPath());
+}
 
-bool CConfigMgr::IsFullBackup(int type) { return type == kBackupTypeITunes || type == kBackupTypeFull; }
+bool CConfigMgr::IsFullBackup(int type) {
+    return type == kBackupTypeITunes || type == kBackupTypeFull;
+}
 
 std::string CConfigMgr::GetForderNameFromBackupType(int type) {
     if (IsFullBackup(type)) return kFullBackupFolder;
@@ -112,6 +117,10 @@ std::string CConfigMgr::GetSQL(const std::vector<std::string>& sections) {
     return " select * from  files where " + byDomain + " or  " + byPath + "   COLLATE NOCASE; ";
 }
 
-bool CConfigMgr::IsNeedCopyDirWhenFullRestore() { return m_needCopyDir; }
+bool CConfigMgr::IsNeedCopyDirWhenFullRestore() {
+    return m_needCopyDir;
+}
 
-CIniObj* global_getVmConfig() { return &CConfigMgr::GetInstance()->m_config; }
+CIniObj* global_getVmConfig() {
+    return &CConfigMgr::GetInstance()->m_config;
+}

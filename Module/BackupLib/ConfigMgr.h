@@ -9,12 +9,13 @@
 
 /// Knows what a backup type is: its folder's name, and the files that it keeps.
 ///
-/// The latter come from Resources/Config/vm_config.ini of the host's bundle, which is read once, by the first call: a
-/// section for each type with the keys "domain" and "relativePath". Docs/formats.md ("vm_config.ini") describes it.
+/// The latter come from Resources/Config/vm_config.ini of the host's bundle, which is read once, by the first
+/// call: a section for each type with the keys "domain" and "relativePath". Docs/formats.md ("vm_config.ini")
+/// describes it.
 ///
 /// All functions may be called from any thread.
 class KRUTEIN_API CConfigMgr {
-   public:
+ public:
     static CConfigMgr* GetInstance();
     CConfigMgr(const CConfigMgr&) = delete;
     CConfigMgr& operator=(const CConfigMgr&) = delete;
@@ -22,8 +23,8 @@ class KRUTEIN_API CConfigMgr {
     /// True for the two whole-device types.
     bool IsFullBackup(int type);
 
-    /// The name of the folder that backups of a type lie in, "Velmora_WhatsApp_SMS_Backup"; "UNKNOWN_1" for a type
-    /// without any known bit.
+    /// The name of the folder that backups of a type lie in, "Velmora_WhatsApp_SMS_Backup"; "UNKNOWN_1" for a
+    /// type without any known bit.
     std::string GetForderNameFromBackupType(int type);
 
     /// Creates a folder for a new backup, named for its type and the local time of now:
@@ -34,16 +35,18 @@ class KRUTEIN_API CConfigMgr {
 
     /// Appends the configured domains and relative paths of some sections, in lower case.
     /// \return true when one of the lists has an entry afterwards.
-    bool GetAppDomainAndRelativePath(const std::vector<std::string>& sections, std::vector<std::string>& domains,
+    bool GetAppDomainAndRelativePath(const std::vector<std::string>& sections,
+                                     std::vector<std::string>& domains,
                                      std::vector<std::string>& relativePaths);
 
-    /// The query that selects the files of some sections from a Manifest.db; "" when nothing is configured for them.
+    /// The query that selects the files of some sections from a Manifest.db; "" when nothing is configured
+    /// for them.
     std::string GetSQL(const std::vector<std::string>& sections);
 
     /// Always true.
     bool IsNeedCopyDirWhenFullRestore();
 
-   private:
+ private:
     friend KRUTEIN_API CIniObj* global_getVmConfig();
 
     CConfigMgr();
@@ -52,6 +55,6 @@ class KRUTEIN_API CConfigMgr {
     CIniObj m_config;
 };
 
-/// The configuration file, for further keys that a host keeps in it. It is used by one thread at a time and stays the
-/// library's.
+/// The configuration file, for further keys that a host keeps in it. It is used by one thread at a time and
+/// stays the library's.
 KRUTEIN_API CIniObj* global_getVmConfig();

@@ -44,7 +44,8 @@ std::string UriPath(const std::string& path) {
 
 std::string TemporaryFolder() {
     const char* const parent = std::getenv("TMPDIR");
-    std::string folder = std::string(parent == nullptr || *parent == '\0' ? "/tmp" : parent) + "/krutein-XXXXXX";
+    std::string folder =
+        std::string(parent == nullptr || *parent == '\0' ? "/tmp" : parent) + "/krutein-XXXXXX";
     return mkdtemp(folder.data()) == nullptr ? std::string() : folder;
 }
 
@@ -69,8 +70,8 @@ bool Database::Open(const std::string& path) {
     return sqlite3_open_v2(uri.c_str(), &m_handle, access | SQLITE_OPEN_URI, nullptr) == SQLITE_OK;
 }
 
-/// Copies a database that has logs with content beside it. \return the copy's path; "" when there are none, or when it
-/// cannot be copied: then what is in the database itself has to do.
+/// Copies a database that has logs with content beside it. \return the copy's path; "" when there are none,
+/// or when it cannot be copied: then what is in the database itself has to do.
 std::string Database::CopyWithLogs(const std::string& path) {
     bool hasLogs = false;
     for (const char* const log : kLogs)
@@ -90,15 +91,21 @@ Query::Query(const Database& database, const std::string& text) {
     sqlite3_prepare_v2(database.Handle(), text.c_str(), -1, &m_statement, nullptr);
 }
 
-Query::~Query() { sqlite3_finalize(m_statement); }
+Query::~Query() {
+    sqlite3_finalize(m_statement);
+}
 
-bool Query::Next() { return m_statement != nullptr && sqlite3_step(m_statement) == SQLITE_ROW; }
+bool Query::Next() {
+    return m_statement != nullptr && sqlite3_step(m_statement) == SQLITE_ROW;
+}
 
 std::string Query::Text(int column) const {
     const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
     return text == nullptr ? std::string() : std::string(text);
 }
 
-int Query::Int(int column) const { return sqlite3_column_int(m_statement, column); }
+int Query::Int(int column) const {
+    return sqlite3_column_int(m_statement, column);
+}
 
 }  // namespace krutein

@@ -7,23 +7,24 @@ struct sqlite3_stmt;
 
 namespace krutein {
 
-/// A look into an SQLite database that leaves it, and the folder that it lies in, as they are: it is opened for
-/// reading only, no lock is taken and no file made beside it. What a log beside it holds is seen all the same: such a
-/// database is read from a temporary copy. Internal.
+/// A look into an SQLite database that leaves it, and the folder that it lies in, as they are: it is opened
+/// for reading only, no lock is taken and no file made beside it. What a log beside it holds is seen all the
+/// same: such a database is read from a temporary copy. Internal.
 class Database {
-   public:
+ public:
     Database() = default;
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// \return false when the path cannot be opened: it is missing, unreadable or a folder. That it is no database at
+    /// \return false when the path cannot be opened: it is missing, unreadable or a folder. That it is no
+    /// database at
     ///         all shows in the first query only.
     bool Open(const std::string& path);
 
     sqlite3* Handle() const { return m_handle; }
 
-   private:
+ private:
     std::string CopyWithLogs(const std::string& path);
 
     sqlite3* m_handle = nullptr;
@@ -32,7 +33,7 @@ class Database {
 
 /// A query and its rows. Internal.
 class Query {
-   public:
+ public:
     /// \param text  UTF-8; the first statement in it is taken.
     Query(const Database& database, const std::string& text);
     ~Query();
@@ -49,7 +50,7 @@ class Query {
     std::string Text(int column) const;
     int Int(int column) const;
 
-   private:
+ private:
     sqlite3_stmt* m_statement = nullptr;
 };
 

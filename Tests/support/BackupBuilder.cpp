@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 namespace {
 
 class Sqlite {
-   public:
+ public:
     explicit Sqlite(const std::string& path) {
         EXPECT_EQ(sqlite3_open(path.c_str(), &m_handle), SQLITE_OK) << path;
     }
@@ -26,25 +26,28 @@ class Sqlite {
             << statement << ": " << sqlite3_errmsg(m_handle);
     }
 
-    void Insert(const std::string& fileID, const std::string& domain, const std::string& path, int flags) const {
+    void Insert(const std::string& fileID, const std::string& domain, const std::string& path,
+                int flags) const {
         sqlite3_stmt* statement = nullptr;
         sqlite3_prepare_v2(m_handle, "INSERT INTO Files VALUES (?, ?, ?, ?, NULL)", -1, &statement, nullptr);
         int column = 1;
         for (const std::string* text : {&fileID, &domain, &path}) {
-            sqlite3_bind_text(statement, column++, text->data(), static_cast<int>(text->size()), SQLITE_STATIC);
+            sqlite3_bind_text(statement, column++, text->data(), static_cast<int>(text->size()),
+                              SQLITE_STATIC);
         }
         sqlite3_bind_int(statement, column, flags);
         EXPECT_EQ(sqlite3_step(statement), SQLITE_DONE) << sqlite3_errmsg(m_handle);
         sqlite3_finalize(statement);
     }
 
-   private:
+ private:
     sqlite3* m_handle = nullptr;
 };
 
 std::string BigEndian(unsigned long long value, int bytes) {
     std::string text;
-    for (int i = bytes - 1; i >= 0; --i) text.push_back(static_cast<char>(value >> (8 * i)));
+    for (int i = bytes - 1; i >= 0; --i)
+        text.push_back(static_cast<char>(value >> (8 * i)));
     return text;
 }
 
@@ -68,7 +71,8 @@ std::string BackupBuilder::FileID(const std::string& domain, const std::string& 
     return hex;
 }
 
-std::string BackupBuilder::Add(const std::string& domain, const std::string& path, const std::string& content) {
+std::string BackupBuilder::Add(const std::string& domain, const std::string& path,
+                               const std::string& content) {
     m_rows.push_back({domain, path, true});
     const std::string fileID = FileID(domain, path);
     m_files[fileID] = content;
@@ -85,12 +89,16 @@ std::string BackupBuilder::AddRow(const std::string& domain, const std::string& 
     return FileID(domain, path);
 }
 
-void BackupBuilder::AddStray(const std::string& name, const std::string& content) { m_strays[name] = content; }
+void BackupBuilder::AddStray(const std::string& name, const std::string& content) {
+    m_strays[name] = content;
+}
 
 std::string BackupBuilder::Write(Layout layout) {
     const std::string name = "backup" + std::to_string(++m_written) + "/";
-    for (const auto& [fileID, content] : m_files) m_folder.Write(name + PathOf(layout, fileID), content);
-    for (const auto& [path, content] : m_strays) m_folder.Write(name + path, content);
+    for (const auto& [fileID, content] : m_files)
+        m_folder.Write(name + PathOf(layout, fileID), content);
+    for (const auto& [path, content] : m_strays)
+        m_folder.Write(name + path, content);
     m_folder.Write(name + "Info.plist", "<plist/>");
     if (layout == Layout::kNew) {
         WriteManifestDb(m_folder.Path(name + "Manifest.db"));
@@ -108,20 +116,24 @@ std::string BackupBuilder::DatabaseContent(const std::vector<std::string>& state
     const TemporaryFolder folder;
     {
         const Sqlite database(folder.Path("db"));
-        for (const std::string& statement : statements) database.Run(statement);
+        for (const std::string& statement : statements)
+            database.Run(statement);
     }
     return folder.Read("db");
 }
 
 void BackupBuilder::WriteManifestDb(const std::string& path) const {
     const Sqlite manifest(path);
-    manifest.Run("CREATE TABLE Files (fileID TEXT PRIMARY KEY, domain TEXT, relativePath TEXT, flags INTEGER, file BLOB)");
+    manifest.Run(
+        "CREATE TABLE Files (fileID TEXT PRIMARY KEY, domain TEXT, relativePath TEXT, flags INTEGER, file "
+        "BLOB)");
     manifest.Run("BEGIN");
     for (const Row& row : m_rows) {
         manifest.Insert(FileID(row.domain, row.path), row.domain, row.path, row.isFile ? 1 : 2);
     }
     manifest.Run("COMMIT");
-    for (const std::string& statement : m_manifestStatements) manifest.Run(statement);
+    for (const std::string& statement : m_manifestStatements)
+        manifest.Run(statement);
 }
 
 std::string BackupBuilder::ManifestMbdb() const {

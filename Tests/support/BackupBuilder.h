@@ -13,10 +13,10 @@ enum class Layout {
     kOld   ///< version 9 and earlier: flat, Manifest.mbdb
 };
 
-/// Puts device backups together by hand. What it knows of file IDs and catalogues is its own, so that the library can
-/// be held against it.
+/// Puts device backups together by hand. What it knows of file IDs and catalogues is its own, so that the
+/// library can be held against it.
 class BackupBuilder {
-   public:
+ public:
     /// The file ID, by OpenSSL.
     static std::string FileID(const std::string& domain, const std::string& path);
 
@@ -41,7 +41,7 @@ class BackupBuilder {
     /// The content of an SQLite database that the statements make.
     static std::string DatabaseContent(const std::vector<std::string>& statements);
 
-   private:
+ private:
     struct Row {
         std::string domain;
         std::string path;

@@ -6,7 +6,7 @@
 
 /// A stream that is written into memory: MemoryStream out; dump(out.Stream()); out.Text().
 class MemoryStream {
-   public:
+ public:
     MemoryStream() : m_stream(open_memstream(&m_text, &m_size)) {}
     ~MemoryStream() {
         std::fclose(m_stream);
@@ -22,7 +22,7 @@ class MemoryStream {
         return {m_text, m_size};
     }
 
-   private:
+ private:
     char* m_text = nullptr;
     std::size_t m_size = 0;
     FILE* m_stream;

@@ -167,7 +167,8 @@ void Do(const std::string& line, const std::string& argument) {
         MakeBackup(options);
     } else if (verb == "copy-backup") {
         fs::create_directories(options.at("-backuppath"));
-        fs::copy(RestOf(step), options.at("-backuppath") + "/" + options.at("-target"), fs::copy_options::recursive);
+        fs::copy(RestOf(step), options.at("-backuppath") + "/" + options.at("-target"),
+                 fs::copy_options::recursive);
     } else if (verb == "sh") {
         RunShell(options, RestOf(step));
     } else if (verb == "close-pipe") {

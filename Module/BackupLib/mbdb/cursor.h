@@ -18,7 +18,7 @@ Unsigned FromBigEndian(const unsigned char* bytes) {
 
 /// Reads from memory that may end anywhere: each take says whether there was enough, and only then advances.
 class Cursor {
-   public:
+ public:
     Cursor(const unsigned char* data, std::size_t size) : m_next(data), m_left(size) {}
 
     std::size_t Left() const { return m_left; }
@@ -39,7 +39,7 @@ class Cursor {
         return true;
     }
 
-   private:
+ private:
     const unsigned char* m_next;
     std::size_t m_left;
 };

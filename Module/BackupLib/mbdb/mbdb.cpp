@@ -33,7 +33,9 @@ struct FreeCatalogue {
 };
 using Catalogue = std::unique_ptr<mbdb_t, FreeCatalogue>;
 
-Bytes Allocate(std::size_t bytes) { return Bytes(static_cast<unsigned char*>(std::malloc(bytes))); }
+Bytes Allocate(std::size_t bytes) {
+    return Bytes(static_cast<unsigned char*>(std::malloc(bytes)));
+}
 
 bool HasHeader(const unsigned char* bytes) {
     return bytes != nullptr && std::memcmp(bytes, kHeader, kHeaderBytes) == 0;
@@ -54,8 +56,7 @@ bool Append(mbdb_t& mbdb, mbdb_record_t* record) {
 void ParseRecords(mbdb_t& mbdb) {
     std::size_t offset = kHeaderBytes;
     while (offset < mbdb.size) {
-        mbdb_record_t* const record =
-            krutein::mbdb::DecodeRecord(mbdb.data + offset, mbdb.size - offset);
+        mbdb_record_t* const record = krutein::mbdb::DecodeRecord(mbdb.data + offset, mbdb.size - offset);
         const std::size_t recordBytes = record == nullptr ? 0 : record->record_size;
         if (record == nullptr || !Append(mbdb, record)) {
             std::printf("Unable to parse record at offset 0x%x!\n", static_cast<unsigned>(offset));
@@ -106,7 +107,7 @@ unsigned int LengthOf(FILE* file) {
 
 /// Puts records one behind the other and writes them in large pieces.
 class RecordWriter {
-   public:
+ public:
     explicit RecordWriter(FILE* file) : m_file(file), m_buffer(Allocate(kSaveBufferBytes)) {}
     ~RecordWriter() { Flush(); }
     RecordWriter(const RecordWriter&) = delete;
@@ -123,7 +124,7 @@ class RecordWriter {
         return true;
     }
 
-   private:
+ private:
     void Flush() {
         std::fwrite(m_buffer.get(), 1, m_used, m_file);
         m_used = 0;
@@ -143,7 +144,9 @@ class RecordWriter {
 
 }  // namespace
 
-mbdb_t* mbdb_create() { return new (std::nothrow) mbdb_t{}; }
+mbdb_t* mbdb_create() {
+    return new (std::nothrow) mbdb_t{};
+}
 
 mbdb_t* mbdb_parse(unsigned char* data, unsigned int size) {
     Catalogue mbdb = Begin(data, size);
@@ -174,14 +177,19 @@ mbdb_t* mbdb_open(const char* path) {
     return mbdb.release();
 }
 
-mbdb_t* mbdb_openw(const wchar_t* /*path*/) { return nullptr; }
+mbdb_t* mbdb_openw(const wchar_t* /*path*/) {
+    return nullptr;
+}
 
-mbdb_record_t* mbdb_get_record(mbdb_t* /*mbdb*/, unsigned int /*index*/) { return nullptr; }
+mbdb_record_t* mbdb_get_record(mbdb_t* /*mbdb*/, unsigned int /*index*/) {
+    return nullptr;
+}
 
 void mbdb_free(mbdb_t* mbdb) {
     if (mbdb == nullptr) return;
     std::free(mbdb->header);
-    for (mbdb_record_t* const record : mbdb->records) mbdb_record_free(record);
+    for (mbdb_record_t* const record : mbdb->records)
+        mbdb_record_free(record);
     std::free(mbdb->data);
     delete mbdb;
 }

@@ -5,15 +5,16 @@
 #include "Common/Export.h"
 #include "Module/BackupLib/mbdb/mbdb_record.h"
 
-/// The Manifest.mbdb catalogue of backups of systems up to version 9: one record for each file, folder and link.
+/// The Manifest.mbdb catalogue of backups of systems up to version 9: one record for each file, folder and
+/// link.
 ///
-/// Plain functions. Failures are null or false, mostly with a line on standard output. A catalogue is used by one
-/// thread at a time. No function throws.
+/// Plain functions. Failures are null or false, mostly with a line on standard output. A catalogue is used by
+/// one thread at a time. No function throws.
 
 struct mbdb_t {
-    unsigned int size;      ///< bytes in data
-    unsigned char* data;    ///< owned copy of the file as it was read
-    unsigned char* header;  ///< owned copy of the first six bytes
+    unsigned int size;                    ///< bytes in data
+    unsigned char* data;                  ///< owned copy of the file as it was read
+    unsigned char* header;                ///< owned copy of the first six bytes
     std::vector<mbdb_record_t*> records;  ///< in the order of the file; owned
 };
 
@@ -22,12 +23,13 @@ enum en_mbdb_insert_record_type : int {
     MBDB_INSERT_ATTACH = 1  ///< append the record itself, which the catalogue owns from then on
 };
 
-/// A catalogue without header and records, to be freed with mbdb_free. It cannot be saved until it has a header.
+/// A catalogue without header and records, to be freed with mbdb_free. It cannot be saved until it has a
+/// header.
 /// \return null without memory.
 KRUTEIN_API mbdb_t* mbdb_create();
 
-/// Parses an image, which stays the caller's. A record that does not decode, or that runs past the image's end,
-/// ends the parsing; the records before it are kept.
+/// Parses an image, which stays the caller's. A record that does not decode, or that runs past the image's
+/// end, ends the parsing; the records before it are kept.
 /// \return the catalogue, to be freed with mbdb_free; null when the image is no catalogue or memory runs out.
 KRUTEIN_API mbdb_t* mbdb_parse(unsigned char* data, unsigned int size);
 
@@ -49,7 +51,8 @@ KRUTEIN_API void mbdb_free(mbdb_t* mbdb);
 KRUTEIN_API char* mbdb_strdup(const char* text);
 
 /// Writes the catalogue, replacing the file. A catalogue that was opened is written back byte for byte.
-/// \return false when there is no catalogue, it has no valid header, or the file cannot be opened. Write errors are
+/// \return false when there is no catalogue, it has no valid header, or the file cannot be opened. Write
+/// errors are
 ///         not noticed.
 KRUTEIN_API bool mbdb_save(mbdb_t* mbdb, const char* path);
 
@@ -57,7 +60,8 @@ KRUTEIN_API bool mbdb_save(mbdb_t* mbdb, const char* path);
 ///
 /// A copy takes texts up to their NUL, the hash and unknown1 too: a hash that holds a zero byte is cut there.
 ///
-/// \return the copy; null for MBDB_INSERT_ATTACH, which is no failure, and when nothing was appended: for null
+/// \return the copy; null for MBDB_INSERT_ATTACH, which is no failure, and when nothing was appended: for
+/// null
 ///         arguments, another type, or a copy without memory.
 KRUTEIN_API mbdb_record_t* mbdb_insert_record(mbdb_t* mbdb, mbdb_record_t* record,
                                               en_mbdb_insert_record_type type);

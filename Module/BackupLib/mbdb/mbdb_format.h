@@ -23,6 +23,8 @@ constexpr std::size_t kStringsOfARecord = 5;
 constexpr std::size_t kFixedBytes = 40;
 constexpr std::size_t kSmallestRecordBytes = kStringsOfARecord * kLengthBytes + kFixedBytes;
 
-constexpr bool IsAbsent(std::uint16_t length) { return length == kEmpty || length == kAbsent; }
+constexpr bool IsAbsent(std::uint16_t length) {
+    return length == kEmpty || length == kAbsent;
+}
 
 }  // namespace krutein::mbdb

@@ -126,8 +126,8 @@ unsigned char* PutString(unsigned char* to, std::uint16_t size, const char* valu
 
 unsigned char* PutFixed(unsigned char* to, const mbdb_record_t& record) {
     to = ToBigEndian(to, record.mode);
-    for (const std::uint32_t value : {record.unknown2, record.inode, record.uid, record.gid, record.time1,
-                                      record.time2, record.time3}) {
+    for (const std::uint32_t value :
+         {record.unknown2, record.inode, record.uid, record.gid, record.time1, record.time2, record.time3}) {
         to = ToBigEndian(to, value);
     }
     to = ToBigEndian(to, record.length);
@@ -137,8 +137,9 @@ unsigned char* PutFixed(unsigned char* to, const mbdb_record_t& record) {
 
 // Copying.
 
-/// Gives the copy a buffer of its own for a value that it has shared with the original so far. A text is taken up to
-/// its NUL; an empty one, which may also be a hash that begins with a zero byte, is taken as long as its size says.
+/// Gives the copy a buffer of its own for a value that it has shared with the original so far. A text is
+/// taken up to its NUL; an empty one, which may also be a hash that begins with a zero byte, is taken as long
+/// as its size says.
 /// \param limit  bytes of the value that may be looked at.
 bool CopyValue(std::uint16_t& size, char*& value, std::uint32_t& recordSize, std::size_t limit) {
     if (value == nullptr) return true;
@@ -195,10 +196,14 @@ void SetValue(mbdb_record_t& record, std::uint16_t& size, char*& value, const ch
     if (copy != nullptr) record.record_size += static_cast<std::uint32_t>(bytes);
 }
 
-std::size_t LengthOf(const char* text) { return text == nullptr ? 0 : std::strlen(text); }
+std::size_t LengthOf(const char* text) {
+    return text == nullptr ? 0 : std::strlen(text);
+}
 
 /// A text for printf; also one without a NUL of its own.
-const char* Shown(const char* text) { return text == nullptr ? "(null)" : text; }
+const char* Shown(const char* text) {
+    return text == nullptr ? "(null)" : text;
+}
 
 }  // namespace
 
@@ -271,7 +276,9 @@ mbdb_record_t* mbdb_record_create() {
     return record;
 }
 
-mbdb_record_t* mbdb_record_parse(unsigned char* data) { return krutein::mbdb::DecodeRecord(data, SIZE_MAX); }
+mbdb_record_t* mbdb_record_parse(unsigned char* data) {
+    return krutein::mbdb::DecodeRecord(data, SIZE_MAX);
+}
 
 void mbdb_record_free(mbdb_record_t* record) {
     if (record == nullptr) return;
@@ -306,7 +313,8 @@ void mbdb_record_debug(mbdb_record_t* record) {
     std::printf("\ttarget = %s\n", Shown(record->target));
     std::printf("\tdatahash = %p\n", static_cast<void*>(record->datahash));
     std::printf("\tunknown1 = %.*s\n", unknown1Chars, Shown(record->unknown1));
-    std::printf("\tmode = 0%o (0x%x)\n", static_cast<unsigned>(record->mode), static_cast<unsigned>(record->mode));
+    std::printf("\tmode = 0%o (0x%x)\n", static_cast<unsigned>(record->mode),
+                static_cast<unsigned>(record->mode));
     std::printf("\tunknown2 = 0x%x\n", record->unknown2);
     std::printf("\tinode = 0x%x\n", record->inode);
     std::printf("\tuid = %d\n", static_cast<int>(record->uid));

@@ -6,8 +6,9 @@
 
 /// One record of a Manifest.mbdb catalogue: a file, folder or link of a backup.
 ///
-/// Plain structures and functions. Failures are null results, with a line on standard output. A record is used by
-/// one thread at a time; records are allocated with malloc and freed by mbdb_record_free or with their catalogue.
+/// Plain structures and functions. Failures are null results, with a line on standard output. A record is
+/// used by one thread at a time; records are allocated with malloc and freed by mbdb_record_free or with
+/// their catalogue.
 
 /// A key and value of a record. The texts are owned and NUL-terminated; they may hold any bytes.
 struct mbdb_property_t {
@@ -17,8 +18,8 @@ struct mbdb_property_t {
     char* value;
 };
 
-/// The fields in their order in the file. A size of 0 or 0xFFFF means an absent value, whose pointer is null; it
-/// is written back as it was read.
+/// The fields in their order in the file. A size of 0 or 0xFFFF means an absent value, whose pointer is null;
+/// it is written back as it was read.
 struct mbdb_record_t {
     std::uint16_t domain_size;
     char* domain;  ///< owned, NUL-terminated
@@ -29,8 +30,8 @@ struct mbdb_record_t {
     std::uint16_t datahash_size;
     char* datahash;  ///< of the content; owned, exactly datahash_size bytes
     std::uint16_t unknown1_size;
-    char* unknown1;         ///< owned; NUL-terminated when it was read from a file
-    std::uint16_t mode;     ///< Unix type and permission bits
+    char* unknown1;      ///< owned; NUL-terminated when it was read from a file
+    std::uint16_t mode;  ///< Unix type and permission bits
     std::uint32_t unknown2;
     std::uint32_t inode;
     std::uint32_t uid;
@@ -41,15 +42,16 @@ struct mbdb_record_t {
     std::uint64_t length;  ///< of the file, in bytes
     std::uint8_t flag;
     std::uint8_t property_count;
-    mbdb_property_t** properties;  ///< owned array of property_count owned properties; null when there are none
-    std::uint32_t record_size;     ///< bytes of the record in the file; used while parsing only
+    mbdb_property_t**
+        properties;             ///< owned array of property_count owned properties; null when there are none
+    std::uint32_t record_size;  ///< bytes of the record in the file; used while parsing only
 };
 
 /// A record of zeros. \return null, with "Allocation Error!" printed, without memory.
 KRUTEIN_API mbdb_record_t* mbdb_record_create();
 
-/// Decodes the record that begins at `data`, which must hold a whole one: the end of the memory is not known here
-/// (mbdb_parse knows it). \return a new record, null without memory.
+/// Decodes the record that begins at `data`, which must hold a whole one: the end of the memory is not known
+/// here (mbdb_parse knows it). \return a new record, null without memory.
 KRUTEIN_API mbdb_record_t* mbdb_record_parse(unsigned char* data);
 
 /// Frees the record and all that it owns; null is ignored.
@@ -62,15 +64,17 @@ KRUTEIN_API void mbdb_record_init(mbdb_record_t* record);
 /// Prints the record to standard output, a line for each field.
 KRUTEIN_API void mbdb_record_debug(mbdb_record_t* record);
 
-// Setters. A null record is ignored. Texts and bytes are copied, the old value is freed, and record_size is kept
-// in step; an empty or null value stores the size that stands behind it. What is longer than 65534 bytes is cut
-// there, since the file has no room for more; without memory the value becomes absent.
+// Setters. A null record is ignored. Texts and bytes are copied, the old value is freed, and record_size is
+// kept in step; an empty or null value stores the size that stands behind it. What is longer than 65534 bytes
+// is cut there, since the file has no room for more; without memory the value becomes absent.
 
 KRUTEIN_API void mbdb_record_set_domain(mbdb_record_t* record, const char* domain);  // 0
 KRUTEIN_API void mbdb_record_set_path(mbdb_record_t* record, const char* path);      // 0
 KRUTEIN_API void mbdb_record_set_target(mbdb_record_t* record, const char* target);  // 0xFFFF
-KRUTEIN_API void mbdb_record_set_datahash(mbdb_record_t* record, const char* hash, unsigned short size);  // 0xFFFF
-KRUTEIN_API void mbdb_record_set_unknown1(mbdb_record_t* record, const char* value, unsigned short size);  // 0xFFFF
+KRUTEIN_API void mbdb_record_set_datahash(mbdb_record_t* record, const char* hash,
+                                          unsigned short size);  // 0xFFFF
+KRUTEIN_API void mbdb_record_set_unknown1(mbdb_record_t* record, const char* value,
+                                          unsigned short size);  // 0xFFFF
 
 KRUTEIN_API void mbdb_record_set_mode(mbdb_record_t* record, unsigned short mode);
 KRUTEIN_API void mbdb_record_set_unknown2(mbdb_record_t* record, unsigned int value);

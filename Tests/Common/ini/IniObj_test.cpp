@@ -17,10 +17,12 @@ std::string Grouped(const dictionary* d) {
 }
 
 /// Messages about files that are broken on purpose are not for the test's output.
-int Quiet(const char* /*format*/, ...) { return 0; }
+int Quiet(const char* /*format*/, ...) {
+    return 0;
+}
 
 class IniObjTest : public testing::Test {
-   protected:
+ protected:
     IniObjTest() { iniparser_set_error_callback(Quiet); }
     ~IniObjTest() override { iniparser_set_error_callback(nullptr); }
 
@@ -121,13 +123,17 @@ TEST_F(IniObjTest, KeysBeforeAnySectionGetEmptyBrackets) {
     EXPECT_EQ(Resaved("[]\nk = 1\n\n"), "[]\nk = 1\n\n") << "and stay as they are from then on";
 }
 
-TEST_F(IniObjTest, KeysWithAColonAreLeftOut) { EXPECT_EQ(Resaved("[a]\nk:l = 1\nm = 2\n"), "[a]\nm = 2\n\n"); }
+TEST_F(IniObjTest, KeysWithAColonAreLeftOut) {
+    EXPECT_EQ(Resaved("[a]\nk:l = 1\nm = 2\n"), "[a]\nm = 2\n\n");
+}
 
 TEST_F(IniObjTest, ASectionNameWithAColonIsWrittenAsAnEmptyValue) {
     EXPECT_EQ(Resaved("[a:b]\n[c]\nk = 1\n"), "[a]\nb = \n\n[c]\nk = 1\n\n");
 }
 
-TEST_F(IniObjTest, ValuesAreWrittenWithoutQuotes) { EXPECT_EQ(Resaved("k = \" a ; b \"\n"), "[]\nk =  a ; b \n\n"); }
+TEST_F(IniObjTest, ValuesAreWrittenWithoutQuotes) {
+    EXPECT_EQ(Resaved("k = \" a ; b \"\n"), "[]\nk =  a ; b \n\n");
+}
 
 TEST_F(IniObjTest, FormatsKeys) {
     CIniObj ini;

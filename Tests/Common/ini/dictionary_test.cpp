@@ -11,7 +11,9 @@ namespace {
 
 using Dictionary = std::unique_ptr<dictionary, void (*)(dictionary*)>;
 
-Dictionary New(std::size_t size = 0) { return {dictionary_new(size), dictionary_del}; }
+Dictionary New(std::size_t size = 0) {
+    return {dictionary_new(size), dictionary_del};
+}
 
 std::string Dump(const dictionary* d) {
     const MemoryStream out;
@@ -74,7 +76,8 @@ TEST(Dictionary, TheEmptyKeyIsAKey) {
 
 TEST(Dictionary, ReplacingKeepsTheSlotAndTheCount) {
     const Dictionary d = New();
-    for (const char* key : {"a", "b", "c"}) dictionary_set(d.get(), key, "1");
+    for (const char* key : {"a", "b", "c"})
+        dictionary_set(d.get(), key, "1");
     EXPECT_EQ(dictionary_set(d.get(), "a", "2"), 0);
     EXPECT_EQ(dictionary_set(d.get(), "b", nullptr), 0);
     EXPECT_EQ(Slots(*d), "abc");
@@ -92,7 +95,8 @@ TEST(Dictionary, AValueMayReplaceItself) {
 
 TEST(Dictionary, ANewKeyTakesTheFirstFreeSlotFromTheCountOn) {
     const Dictionary d = New();
-    for (const char* key : {"a", "b", "c", "d"}) dictionary_set(d.get(), key, "1");
+    for (const char* key : {"a", "b", "c", "d"})
+        dictionary_set(d.get(), key, "1");
     dictionary_unset(d.get(), "a");
     dictionary_set(d.get(), "e", "1");
     EXPECT_EQ(Slots(*d), "-bcde") << "slot 3 is taken, slot 4 is free";
@@ -104,7 +108,8 @@ TEST(Dictionary, ANewKeyTakesTheFirstFreeSlotFromTheCountOn) {
 
 TEST(Dictionary, TheSearchForAFreeSlotWraps) {
     const Dictionary d = New();
-    for (int i = 0; i < 128; ++i) dictionary_set(d.get(), std::to_string(i).c_str(), "1");
+    for (int i = 0; i < 128; ++i)
+        dictionary_set(d.get(), std::to_string(i).c_str(), "1");
     dictionary_unset(d.get(), "5");
     dictionary_set(d.get(), "new", "1");
     EXPECT_STREQ(d->key[5], "new");
@@ -113,12 +118,14 @@ TEST(Dictionary, TheSearchForAFreeSlotWraps) {
 
 TEST(Dictionary, DoublesOnThe129thEntry) {
     const Dictionary d = New();
-    for (int i = 0; i < 128; ++i) ASSERT_EQ(dictionary_set(d.get(), std::to_string(i).c_str(), "1"), 0);
+    for (int i = 0; i < 128; ++i)
+        ASSERT_EQ(dictionary_set(d.get(), std::to_string(i).c_str(), "1"), 0);
     EXPECT_EQ(d->size, 128);
     EXPECT_EQ(dictionary_set(d.get(), "128", "last"), 0);
     EXPECT_EQ(d->size, 256);
     EXPECT_EQ(d->n, 129);
-    for (int i = 0; i < 128; ++i) EXPECT_STREQ(dictionary_get(d.get(), std::to_string(i).c_str(), nullptr), "1");
+    for (int i = 0; i < 128; ++i)
+        EXPECT_STREQ(dictionary_get(d.get(), std::to_string(i).c_str(), nullptr), "1");
     EXPECT_STREQ(d->key[128], "128");
     EXPECT_EQ(d->hash[128], dictionary_hash("128"));
 }

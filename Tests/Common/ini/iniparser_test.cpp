@@ -31,7 +31,7 @@ int Remember(const char* format, ...) {
 }
 
 class IniTest : public testing::Test {
-   protected:
+ protected:
     IniTest() {
         g_messages.clear();
         iniparser_set_error_callback(Remember);
@@ -86,9 +86,13 @@ TEST_F(IniTest, AFileWithWindowsLineEndsReadsTheSame) {
     EXPECT_EQ(Entries("[Sec]\r\nKey = Value\r\n\r\n"), "sec | sec:key=Value");
 }
 
-TEST_F(IniTest, KeysBeforeAnySectionAreInTheEmptyOne) { EXPECT_EQ(Entries("Key = Value\n"), ":key=Value"); }
+TEST_F(IniTest, KeysBeforeAnySectionAreInTheEmptyOne) {
+    EXPECT_EQ(Entries("Key = Value\n"), ":key=Value");
+}
 
-TEST_F(IniTest, TheLastLineNeedsNoLineEnd) { EXPECT_EQ(Entries("[s]\nk=v"), "s | s:k=v"); }
+TEST_F(IniTest, TheLastLineNeedsNoLineEnd) {
+    EXPECT_EQ(Entries("[s]\nk=v"), "s | s:k=v");
+}
 
 TEST_F(IniTest, CommentsAreIgnored) {
     EXPECT_EQ(Entries("; one\n# two\n   ; three\n\t# four\n\n[s]\nk=v\n"), "s | s:k=v");
@@ -114,7 +118,9 @@ TEST_F(IniTest, ValuesMayHoldAnEqualsSignAndAColon) {
     EXPECT_EQ(Entries("k = [x]\n"), ":k=[x]");
 }
 
-TEST_F(IniTest, ASectionNameEndsAtItsFirstBracket) { EXPECT_EQ(Entries("[a]b]\nk=1\n"), "a | a:k=1"); }
+TEST_F(IniTest, ASectionNameEndsAtItsFirstBracket) {
+    EXPECT_EQ(Entries("[a]b]\nk=1\n"), "a | a:k=1");
+}
 
 TEST_F(IniTest, AnEmptySectionNameMakesTheEmptySectionCurrent) {
     EXPECT_EQ(Entries("[s]\n[]\nk=1\n"), "s |  | :k=1");
@@ -266,8 +272,10 @@ TEST_F(IniTest, Numbers) {
 
 TEST_F(IniTest, BooleansGoByTheFirstCharacter) {
     const Dictionary d = Load("[s]\na=yes\nb=True\nc=1\nd=no\ne=False\nf=0\ng=Off\nh=\n");
-    for (const char* key : {"s:a", "s:b", "s:c"}) EXPECT_EQ(iniparser_getboolean(d.get(), key, -1), 1) << key;
-    for (const char* key : {"s:d", "s:e", "s:f"}) EXPECT_EQ(iniparser_getboolean(d.get(), key, -1), 0) << key;
+    for (const char* key : {"s:a", "s:b", "s:c"})
+        EXPECT_EQ(iniparser_getboolean(d.get(), key, -1), 1) << key;
+    for (const char* key : {"s:d", "s:e", "s:f"})
+        EXPECT_EQ(iniparser_getboolean(d.get(), key, -1), 0) << key;
     for (const char* key : {"s:g", "s:h", "s:none", "s"}) {
         EXPECT_EQ(iniparser_getboolean(d.get(), key, -1), -1) << key;
     }

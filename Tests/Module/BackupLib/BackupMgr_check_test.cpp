@@ -25,21 +25,24 @@ const char* const kXin = "AppDomain-com.tencent.xin";
 
 /// Each test runs with both layouts.
 class CheckTest : public JobTest, public testing::WithParamInterface<Layout> {
-   protected:
+ protected:
     CheckTest() { Use(GetParam()); }
 
     void AddMessages(bool messages, bool joins) {
-        std::vector<std::string> statements = {"CREATE TABLE message (a)", "CREATE TABLE chat_message_join (a)"};
+        std::vector<std::string> statements = {"CREATE TABLE message (a)",
+                                               "CREATE TABLE chat_message_join (a)"};
         if (messages) statements.emplace_back("INSERT INTO message VALUES (1)");
         if (joins) statements.emplace_back("INSERT INTO chat_message_join VALUES (1)");
         backup.AddDatabase("HomeDomain", "Library/SMS/sms.db", statements);
     }
 
     void AddWhatsapp(bool messages, bool chats) {
-        std::vector<std::string> statements = {"CREATE TABLE ZWAMESSAGE (a)", "CREATE TABLE ZWACHATSESSION (a)"};
+        std::vector<std::string> statements = {"CREATE TABLE ZWAMESSAGE (a)",
+                                               "CREATE TABLE ZWACHATSESSION (a)"};
         if (messages) statements.emplace_back("INSERT INTO ZWAMESSAGE VALUES (1)");
         if (chats) statements.emplace_back("INSERT INTO ZWACHATSESSION VALUES (1)");
-        backup.AddDatabase("AppDomainGroup-group.net.whatsapp.WhatsApp.shared", "ChatStorage.sqlite", statements);
+        backup.AddDatabase("AppDomainGroup-group.net.whatsapp.WhatsApp.shared", "ChatStorage.sqlite",
+                           statements);
     }
 
     void AddWechat(const std::string& path, const std::string& statement) {
@@ -163,7 +166,8 @@ TEST_P(CheckTest, AMissingDatabaseIsLogged) {
     backup.Add("HomeDomain", "Library/SMS/other.file");
     EXPECT_EQ(Check(kSms), 1014);
     const std::string path = DeviceFolder() + "/" + BackupBuilder::PathOf(layout, kSMSFileID);
-    EXPECT_THAT(RecordedTexts(), Contains("[Backup] CheckDataBaseHasRecord db[" + path + "] not exist").Times(2))
+    EXPECT_THAT(RecordedTexts(),
+                Contains("[Backup] CheckDataBaseHasRecord db[" + path + "] not exist").Times(2))
         << "both queries are always run";
 }
 
@@ -191,9 +195,10 @@ TEST_P(CheckTest, ALockedDatabaseIsReadAllTheSame) {
 }
 
 TEST_P(CheckTest, DatabasesInWalModeGetNoFilesBesideThem) {
-    backup.AddDatabase("HomeDomain", "Library/SMS/sms.db",
-                       {"PRAGMA journal_mode=WAL", "CREATE TABLE message (a)", "INSERT INTO message VALUES (1)",
-                        "CREATE TABLE chat_message_join (a)", "INSERT INTO chat_message_join VALUES (1)"});
+    backup.AddDatabase(
+        "HomeDomain", "Library/SMS/sms.db",
+        {"PRAGMA journal_mode=WAL", "CREATE TABLE message (a)", "INSERT INTO message VALUES (1)",
+         "CREATE TABLE chat_message_join (a)", "INSERT INTO chat_message_join VALUES (1)"});
     EXPECT_EQ(Check(kSms), 0);
     EXPECT_EQ(Files().size(), 3U);
 }
@@ -201,7 +206,8 @@ TEST_P(CheckTest, DatabasesInWalModeGetNoFilesBesideThem) {
 TEST_P(CheckTest, PathsFollowTheLayout) {
     AddMessages(true, true);
     EXPECT_EQ(Check(kSms), 0);
-    EXPECT_EQ(manager.GetDataBasePath("abcdef"), DeviceFolder() + (layout == Layout::kNew ? "/ab/abcdef" : "/abcdef"));
+    EXPECT_EQ(manager.GetDataBasePath("abcdef"),
+              DeviceFolder() + (layout == Layout::kNew ? "/ab/abcdef" : "/abcdef"));
     std::vector<std::string> ids = {"before"};
     manager.GetWechatFileIDs(ids);
     EXPECT_THAT(ids, ElementsAre("before"));
@@ -210,7 +216,8 @@ TEST_P(CheckTest, PathsFollowTheLayout) {
 TEST_P(CheckTest, WithoutACatalogueThereAreNoWechatDatabases) {
     AddMessages(true, true);
     EXPECT_EQ(Check(kSms), 0);
-    const std::string manifest = DeviceFolder() + (layout == Layout::kNew ? "/Manifest.db" : "/Manifest.mbdb");
+    const std::string manifest =
+        DeviceFolder() + (layout == Layout::kNew ? "/Manifest.db" : "/Manifest.mbdb");
     fs::remove(manifest);
     std::vector<std::string> ids;
     manager.GetWechatFileIDs(ids);
@@ -223,7 +230,8 @@ TEST_P(CheckTest, WithoutACatalogueThereAreNoWechatDatabases) {
 
 TEST(RecordCheck, TakesTheFirstColumnOfTheFirstRow) {
     const TemporaryFolder folder;
-    folder.Write("db", BackupBuilder::DatabaseContent({"CREATE TABLE t (a)", "INSERT INTO t VALUES (0), (5)"}));
+    folder.Write("db",
+                 BackupBuilder::DatabaseContent({"CREATE TABLE t (a)", "INSERT INTO t VALUES (0), (5)"}));
     CBackupMgr& manager = *CBackupMgr::GetInstance();
     EXPECT_TRUE(manager.IsExistRecordInDataBase(folder.Path("db"), "select count(*) from t"));
     EXPECT_FALSE(manager.IsExistRecordInDataBase(folder.Path("db"), "select a from t"));
@@ -237,8 +245,10 @@ TEST(RecordCheck, TakesTheFirstColumnOfTheFirstRow) {
 TEST(RecordCheck, TakesPathsWithSignsOfAUri) {
     const TemporaryFolder folder;
     for (const char* name : {"a?b", "a#b", "a%20b", "ä b", "a%"}) {
-        folder.Write(name, BackupBuilder::DatabaseContent({"CREATE TABLE t (a)", "INSERT INTO t VALUES (1)"}));
-        EXPECT_TRUE(CBackupMgr::GetInstance()->CheckDataBaseHasRecord(folder.Path(name), "select count(*) from t"))
+        folder.Write(name,
+                     BackupBuilder::DatabaseContent({"CREATE TABLE t (a)", "INSERT INTO t VALUES (1)"}));
+        EXPECT_TRUE(
+            CBackupMgr::GetInstance()->CheckDataBaseHasRecord(folder.Path(name), "select count(*) from t"))
             << name;
     }
 }

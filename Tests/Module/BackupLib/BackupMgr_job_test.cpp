@@ -34,7 +34,7 @@ std::vector<std::string> ManagerLog() {
 }
 
 class ManagerTest : public JobTest {
-   protected:
+ protected:
     /// Starts a job on a thread of its own, and waits until its tool runs.
     std::future<int> StartInBackground(int type) {
         std::future<int> job = std::async(std::launch::async, [this, type] { return Start(type); });
@@ -45,7 +45,9 @@ class ManagerTest : public JobTest {
 
 }  // namespace
 
-TEST(Manager, IsOneForTheProcess) { EXPECT_EQ(CBackupMgr::GetInstance(), CBackupMgr::GetInstance()); }
+TEST(Manager, IsOneForTheProcess) {
+    EXPECT_EQ(CBackupMgr::GetInstance(), CBackupMgr::GetInstance());
+}
 
 TEST(Manager, KnowsTwoFileIDs) {
     EXPECT_EQ(kWhatsappFileID, BackupBuilder::FileID("AppDomainGroup-group.net.whatsapp.WhatsApp.shared",
@@ -97,7 +99,8 @@ TEST_F(ManagerTest, ANullDeviceIs1) {
     std::string folder = destination.Path();
     EXPECT_EQ(manager.StartBackupSafe(nullptr, folder, &callback, 0, 0), 1);
     EXPECT_THAT(ManagerLog(), ElementsAre("[Backup] begin ", "[Backup] end ret = 1 "));
-    EXPECT_THAT(RecordedTexts(), Contains("global_killAppleBackupExe...").Times(2)) << "at the start and at the end";
+    EXPECT_THAT(RecordedTexts(), Contains("global_killAppleBackupExe...").Times(2))
+        << "at the start and at the end";
 }
 
 TEST_F(ManagerTest, ADeviceWithoutIdentifierIs1021) {
@@ -107,7 +110,8 @@ TEST_F(ManagerTest, ADeviceWithoutIdentifierIs1021) {
 }
 
 TEST_F(ManagerTest, ATypeWithoutKnownBitsIs1019) {
-    for (const int type : {1, 32, 33, 64, 128}) EXPECT_EQ(Start(type), 1019) << type;
+    for (const int type : {1, 32, 33, 64, 128})
+        EXPECT_EQ(Start(type), 1019) << type;
     EXPECT_TRUE(fs::is_empty(destination.Path()));
 }
 
@@ -124,7 +128,8 @@ TEST_F(ManagerTest, AnUnknownVersionIs1026) {
 TEST_F(ManagerTest, ARecordThatCannotBeWrittenIs1009) {
     tool.Shell("mkdir -p $JOB; echo junk > $JOB/backup_config.ini").ExitMessage(0);
     EXPECT_EQ(Start(0), 1009);
-    EXPECT_THAT(ManagerLog(), Contains("[Backup] save backukp ini fail![" + JobFolder() + "\\backup_config.ini] "));
+    EXPECT_THAT(ManagerLog(),
+                Contains("[Backup] save backukp ini fail![" + JobFolder() + "\\backup_config.ini] "));
 }
 
 TEST_F(ManagerTest, TheToolsCodeIsPassedThrough) {
@@ -164,7 +169,8 @@ TEST_F(ManagerTest, AJobForContactsAloneNeverRunsTheTool) {
 TEST_F(ManagerTest, OlderVersionsHaveTheOtherCatalogue) {
     BackupBuilder backup;
     const PhoneContent phone(backup);
-    for (const auto& [version, found] : {std::pair(9, Layout::kOld), std::pair(10, Layout::kNew), std::pair(0, Layout::kOld)}) {
+    for (const auto& [version, found] :
+         {std::pair(9, Layout::kOld), std::pair(10, Layout::kNew), std::pair(0, Layout::kOld)}) {
         ToolScript fresh;
         fresh.CopyBackup(backup.Write(found)).ExitMessage(0);
         device.majorVersion = version;
@@ -183,7 +189,8 @@ TEST_F(ManagerTest, AMissingCatalogueIsLoggedAndThenFails) {
 
 TEST(ManagerTypes, AppendNamesInTheOrderOfTheBits) {
     CBackupMgr& manager = *CBackupMgr::GetInstance();
-    for (const int type : {0, -1, 2, 4, 8, 16, 30, 10, 2 | 1, 16 | 64}) EXPECT_TRUE(manager.CheckBackupType(type));
+    for (const int type : {0, -1, 2, 4, 8, 16, 30, 10, 2 | 1, 16 | 64})
+        EXPECT_TRUE(manager.CheckBackupType(type));
 }
 
 TEST_F(ManagerTest, UnknownBitsBesidesKnownOnesAreIgnored) {
@@ -248,7 +255,8 @@ TEST_F(ManagerTest, AStopAfterTheToolHasEndedPrunesNothing) {
     callback.onEvent = [&](const RecordedEvent&) {
         // The flag is set while the tool's last words are read.
         stopped = std::async(std::launch::async, [this] { manager.StopBackup(); });
-        while (!manager.IsCancle()) usleep(1000);
+        while (!manager.IsCancle())
+            usleep(1000);
     };
     EXPECT_EQ(Start(8), 1018);
     stopped.get();
@@ -260,7 +268,8 @@ TEST_F(ManagerTest, AStopBeforeTheToolIsStartedStartsNone) {
     std::future<void> stopped;
     device.whenAskedForId = [&] {
         stopped = std::async(std::launch::async, [this] { manager.StopBackup(); });
-        while (!manager.IsCancle()) usleep(1000);
+        while (!manager.IsCancle())
+            usleep(1000);
         device.whenAskedForId = nullptr;
     };
     EXPECT_EQ(Start(8), 1018);
@@ -273,7 +282,8 @@ TEST_F(ManagerTest, AJobThatIsDoneAllTheSameKeepsItsResult) {
     device.whenAskedForId = [&] {
         if (device.asked.size() < 4) return;  // while the record is written
         stopped = std::async(std::launch::async, [this] { manager.StopBackup(); });
-        while (!manager.IsCancle()) usleep(1000);
+        while (!manager.IsCancle())
+            usleep(1000);
     };
     tool.ExitMessage(0);
     EXPECT_EQ(Start(0), 0);
@@ -302,7 +312,8 @@ TEST_F(ManagerTest, OfJobsStartedAtTheSameInstantOneRuns) {
     for (FakeDevice& each : devices) {
         jobs.push_back(std::async(std::launch::async, [&] {
             --waiting;
-            while (waiting > 0) std::this_thread::yield();
+            while (waiting > 0)
+                std::this_thread::yield();
             std::string folder = destination.Path();
             return manager.StartBackupSafe(&each, folder, nullptr, 0, 0);
         }));
@@ -321,9 +332,11 @@ TEST_F(ManagerTest, StopsFromManyThreadsAreHarmless) {
     std::future<int> job = StartInBackground(0);
     std::vector<std::future<void>> stops;
     stops.reserve(4);
-    for (int i = 0; i < 4; ++i) stops.push_back(std::async(std::launch::async, [this] { manager.StopBackup(); }));
+    for (int i = 0; i < 4; ++i)
+        stops.push_back(std::async(std::launch::async, [this] { manager.StopBackup(); }));
     EXPECT_EQ(job.get(), 1018);
-    for (std::future<void>& stop : stops) stop.get();
+    for (std::future<void>& stop : stops)
+        stop.get();
     // A stop that came late must not end the next job.
     ToolScript fresh;
     fresh.ExitMessage(0);

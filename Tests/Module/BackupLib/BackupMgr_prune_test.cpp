@@ -25,10 +25,12 @@ constexpr int kContact = 16;
 
 /// Each test runs with both layouts.
 class PruneTest : public JobTest, public testing::WithParamInterface<Layout> {
-   protected:
+ protected:
     PruneTest() { Use(GetParam()); }
 
-    bool Has(const std::string& fileID) const { return Files().count(BackupBuilder::PathOf(layout, fileID)) == 1; }
+    bool Has(const std::string& fileID) const {
+        return Files().count(BackupBuilder::PathOf(layout, fileID)) == 1;
+    }
 
     /// What is always kept.
     std::set<std::string> OwnFiles() const {
@@ -37,7 +39,8 @@ class PruneTest : public JobTest, public testing::WithParamInterface<Layout> {
 
     std::set<std::string> Expected(const std::vector<std::string>& fileIDs) const {
         std::set<std::string> files = OwnFiles();
-        for (const std::string& fileID : fileIDs) files.insert(BackupBuilder::PathOf(layout, fileID));
+        for (const std::string& fileID : fileIDs)
+            files.insert(BackupBuilder::PathOf(layout, fileID));
         return files;
     }
 
@@ -123,13 +126,16 @@ TEST_P(PruneTest, OfTwoFilesOfANeededNameOneIsKept) {
     ToolMakes(backup);
     Start(kSms);
     const std::set<std::string> files = Files();
-    EXPECT_EQ(files.count(BackupBuilder::PathOf(layout, phone.messages)) + files.count("another/" + phone.messages), 1U);
+    EXPECT_EQ(
+        files.count(BackupBuilder::PathOf(layout, phone.messages)) + files.count("another/" + phone.messages),
+        1U);
 }
 
 TEST_P(PruneTest, FilesInUpperCaseAreFound) {
     const PhoneContent phone(backup);
     std::string upper = phone.attachment;
-    std::transform(upper.begin(), upper.end(), upper.begin(), [](unsigned char c) { return std::toupper(c); });
+    std::transform(upper.begin(), upper.end(), upper.begin(),
+                   [](unsigned char c) { return std::toupper(c); });
     tool.CopyBackup(backup.Write(layout))
         .Shell("mv $BACKUP/" + BackupBuilder::PathOf(layout, phone.attachment) + " $BACKUP/" + upper)
         .ExitMessage(0);
@@ -143,7 +149,8 @@ TEST_P(PruneTest, LinksAreNotFollowed) {
     elsewhere.Write("a_precious_file_of_the_users", "kept");
     tool.CopyBackup(backup.Write(layout))
         .Shell("ln -s " + elsewhere.Path() + " $BACKUP/a_link_to_a_folder_elsewhere")
-        .Shell("ln -s " + elsewhere.Path("a_precious_file_of_the_users") + " $BACKUP/a_link_to_a_file_elsewhere")
+        .Shell("ln -s " + elsewhere.Path("a_precious_file_of_the_users") +
+               " $BACKUP/a_link_to_a_file_elsewhere")
         .ExitMessage(0);
     EXPECT_EQ(Start(kSms), 0);
     EXPECT_EQ(elsewhere.Read("a_precious_file_of_the_users"), "kept");
@@ -168,7 +175,8 @@ TEST_P(PruneTest, PathsOfAnyKindAreTaken) {
 
 TEST_P(PruneTest, RowsWithoutFilesAndFilesWithoutRowsAreSurvived) {
     const PhoneContent phone(backup);
-    for (int i = 0; i < 3000; ++i) backup.AddRow("HomeDomain", "Library/SMS/folder" + std::to_string(i));
+    for (int i = 0; i < 3000; ++i)
+        backup.AddRow("HomeDomain", "Library/SMS/folder" + std::to_string(i));
     backup.AddStray("0123456789012345678901234567890123456789");
     ToolMakes(backup);
     EXPECT_EQ(Start(kSms), 0);
@@ -178,7 +186,9 @@ TEST_P(PruneTest, RowsWithoutFilesAndFilesWithoutRowsAreSurvived) {
 TEST_P(PruneTest, AFileThatCannotBeDeletedIsLoggedAndTheOthersGo) {
     const PhoneContent phone(backup);
     // A name that turns into another path when it is normalised cannot be deleted under it.
-    tool.CopyBackup(backup.Write(layout)).Shell("touch $BACKUP/'a_name_with_a\\backslash_in_it_that_is_long'").ExitMessage(0);
+    tool.CopyBackup(backup.Write(layout))
+        .Shell("touch $BACKUP/'a_name_with_a\\backslash_in_it_that_is_long'")
+        .ExitMessage(0);
     EXPECT_EQ(Start(kSms), 0);
     EXPECT_THAT(RecordedTexts(), Contains("[Backup] DeleteNoNeedFile fail file=" + DeviceFolder() +
                                           "/a_name_with_a\\backslash_in_it_that_is_long!"));
@@ -223,7 +233,9 @@ TEST_P(NewLayoutTest, NullsAndOtherKindsInTheCatalogueAreSurvived) {
 
 TEST_P(NewLayoutTest, ACatalogueThatIsAFolderIs1008) {
     const PhoneContent phone(backup);
-    tool.CopyBackup(backup.Write(layout)).Shell("rm $BACKUP/Manifest.db; mkdir $BACKUP/Manifest.db").ExitMessage(0);
+    tool.CopyBackup(backup.Write(layout))
+        .Shell("rm $BACKUP/Manifest.db; mkdir $BACKUP/Manifest.db")
+        .ExitMessage(0);
     const std::set<std::string> all = FilesBelow(backup.Write(layout));
     EXPECT_EQ(Start(kSms), 1008);
     EXPECT_EQ(Files().size(), all.size() - 1);
@@ -258,7 +270,8 @@ TEST_P(NewLayoutTest, RowsThatAreOnlyInTheLogAreSeen) {
     sqlite3* writer = nullptr;
     ASSERT_EQ(sqlite3_open((made + "/Manifest.db").c_str(), &writer), SQLITE_OK);
     sqlite3_exec(writer, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
-    sqlite3_exec(writer, "UPDATE Files SET relativePath = 'Library/SMS/moved' WHERE domain = 'CameraRollDomain'",
+    sqlite3_exec(writer,
+                 "UPDATE Files SET relativePath = 'Library/SMS/moved' WHERE domain = 'CameraRollDomain'",
                  nullptr, nullptr, nullptr);
     ASSERT_TRUE(fs::exists(made + "/Manifest.db-wal"));
     tool.CopyBackup(made).ExitMessage(0);
@@ -289,7 +302,8 @@ namespace {
 
 std::string Little(unsigned long long value, int bytes) {
     std::string text;
-    for (int i = 0; i < bytes; ++i) text.push_back(static_cast<char>(value >> (8 * i)));
+    for (int i = 0; i < bytes; ++i)
+        text.push_back(static_cast<char>(value >> (8 * i)));
     return text;
 }
 

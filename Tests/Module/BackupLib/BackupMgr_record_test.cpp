@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 class RecordTest : public JobTest {
-   protected:
+ protected:
     std::string Record() const { return ReadWholeFile(JobFolder() + "/backup_config.ini"); }
 
     std::string Value(const std::string& key) const {
@@ -48,16 +48,22 @@ TEST_F(RecordTest, IsWrittenByteForByte) {
               "iosversion = 17.4.1\n"
               "serialnumber = SERIAL1\n"
               "producttype = iPhone14,5\n"
-              "backuppath = " + DeviceFolder() + "\n"
-              "filesize = 4\n"
-              "backuptype = -1\n"
-              "backuptime = " + time + "\n"
-              "backuptimestr = " + text + "\n"
-              "isvalid = 1\n"
-              "backuptypedesc = backup_full\n"
-              "makeby = VelMora\n"
-              "protocolappnum = 0\n"
-              "\n");
+              "backuppath = " +
+                  DeviceFolder() +
+                  "\n"
+                  "filesize = 4\n"
+                  "backuptype = -1\n"
+                  "backuptime = " +
+                  time +
+                  "\n"
+                  "backuptimestr = " +
+                  text +
+                  "\n"
+                  "isvalid = 1\n"
+                  "backuptypedesc = backup_full\n"
+                  "makeby = VelMora\n"
+                  "protocolappnum = 0\n"
+                  "\n");
     EXPECT_LE(std::abs(seconds - std::time(nullptr)), 30);
 }
 
@@ -128,15 +134,18 @@ TEST_F(RecordTest, AHashCacheThatCannotBeWrittenFailsTheJob) {
     BackupBuilder backup;
     const PhoneContent phone(backup);
     // Folders in the way of every name that the cache could get in the next seconds.
-    tool.CopyBackup(backup.Write(layout)).Shell("now=$(date +%s); for i in $(seq 0 60); do mkdir $JOB/$(printf %x $((now + i))); done").ExitMessage(0);
+    tool.CopyBackup(backup.Write(layout))
+        .Shell("now=$(date +%s); for i in $(seq 0 60); do mkdir $JOB/$(printf %x $((now + i))); done")
+        .ExitMessage(0);
     EXPECT_EQ(Start(8), 1009);
     EXPECT_THAT(RecordedTexts(), Contains("[Backup] SaveIOS9HashCache fail! "));
     EXPECT_EQ(Record(), "") << "the record is made by loading it, and not written";
 }
 
 TEST_F(RecordTest, ASecondJobIntoTheFolderKeepsOtherKeys) {
-    tool.Shell("mkdir -p $JOB; printf '[other]\\nk = v\\n[backup_info]\\nmine = kept\\nbackupType = 99\\n' > "
-               "$JOB/backup_config.ini")
+    tool.Shell(
+            "mkdir -p $JOB; printf '[other]\\nk = v\\n[backup_info]\\nmine = kept\\nbackupType = 99\\n' > "
+            "$JOB/backup_config.ini")
         .ExitMessage(0);
     EXPECT_EQ(Start(0), 0);
     EXPECT_EQ(Value("mine"), "kept");
@@ -155,7 +164,8 @@ TEST_F(RecordTest, AContactsJobMeasuresTheFolderOfTheJobBefore) {
     const std::string job = fs::directory_iterator(folder)->path().string();
     ASSERT_TRUE(record.load(job + "/backup_config.ini"));
     EXPECT_EQ(record.getIni_int("backup_info", "fileSize", -1), 8);
-    EXPECT_EQ(record.getIni_string("backup_info", "backupPath", ""), job + "/the-device") << "that one is right";
+    EXPECT_EQ(record.getIni_string("backup_info", "backupPath", ""), job + "/the-device")
+        << "that one is right";
 }
 
 TEST_F(RecordTest, LineEndsInTheDevicesNameDoNotBreakTheFile) {

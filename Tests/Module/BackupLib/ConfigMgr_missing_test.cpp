@@ -13,7 +13,8 @@
 namespace fs = std::filesystem;
 
 TEST(MissingConfiguration, IsCreatedEmptyAndSelectsNothing) {
-    const fs::path config = fs::path(STD_PATH_GetExeDirA()).parent_path().parent_path() / "Resources/Config/vm_config.ini";
+    const fs::path config =
+        fs::path(STD_PATH_GetExeDirA()).parent_path().parent_path() / "Resources/Config/vm_config.ini";
     fs::create_directories(config.parent_path());
     fs::remove(config);
     EXPECT_EQ(CConfigMgr::GetInstance()->GetSQL({"backup_SMS"}), "");

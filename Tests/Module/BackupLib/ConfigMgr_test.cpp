@@ -18,14 +18,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-CConfigMgr& Config() { return *CConfigMgr::GetInstance(); }
+CConfigMgr& Config() {
+    return *CConfigMgr::GetInstance();
+}
 
 }  // namespace
 
 TEST(BackupTypes, TwoValuesAreTheWholeDevice) {
     EXPECT_TRUE(Config().IsFullBackup(0));
     EXPECT_TRUE(Config().IsFullBackup(-1));
-    for (const int type : {-2, 1, 2, 4, 8, 16, 30, 64, 128, 0x7FFFFFFF}) EXPECT_FALSE(Config().IsFullBackup(type));
+    for (const int type : {-2, 1, 2, 4, 8, 16, 30, 64, 128, 0x7FFFFFFF})
+        EXPECT_FALSE(Config().IsFullBackup(type));
 }
 
 TEST(BackupTypes, HaveFolderNames) {
@@ -46,7 +49,8 @@ TEST(BackupTypes, HaveFolderNames) {
         {128, "UNKNOWN_128"},
         {-2, "Velmora_Wechat_WhatsApp_SMS_Contact_iCloud_Backup"},
     };
-    for (const auto& [type, name] : names) EXPECT_EQ(Config().GetForderNameFromBackupType(type), name) << type;
+    for (const auto& [type, name] : names)
+        EXPECT_EQ(Config().GetForderNameFromBackupType(type), name) << type;
 }
 
 TEST(BackupFolder, IsNamedForTypeAndTime) {
@@ -103,7 +107,8 @@ TEST(BackupFolder, IsNamedAlsoWhereItCannotBeMade) {
 TEST(BackupFolder, OfALongRootIsNotCut) {
     const TemporaryFolder folder;
     std::string root = folder.Path();
-    while (root.size() < 2500) root += "/" + std::string(200, 'd');
+    while (root.size() < 2500)
+        root += "/" + std::string(200, 'd');
     const std::string path = Config().GenerateBackupDir(4, root);
     EXPECT_THAT(path, StartsWith(root + "/Velmora_WhatsApp_Backup/"));
     EXPECT_TRUE(fs::is_directory(path));
@@ -140,7 +145,8 @@ TEST(Selection, HasThreeFormsOfQueries) {
     EXPECT_EQ(Config().GetSQL({"backup_weChat"}),
               " select * from  files where domain like '%appdomain-com.tencent.xin%' COLLATE NOCASE; ");
     EXPECT_EQ(Config().GetSQL({"Both", "backup_SMS"}),
-              " select * from  files where domain like '%mixedcase-domain%' or  relativePath like '%media/dcim%' or "
+              " select * from  files where domain like '%mixedcase-domain%' or  relativePath like "
+              "'%media/dcim%' or "
               "relativePath like '%library/sms%'   COLLATE NOCASE; ");
     EXPECT_EQ(Config().GetSQL({"backup_weChat", "backup_whatsApp"}),
               " select * from  files where domain like '%appdomain-com.tencent.xin%' or domain like "
@@ -153,7 +159,8 @@ TEST(Selection, WithoutConfigurationThereIsNoQuery) {
 }
 
 TEST(Selection, AValueIsTakenAsItIs) {
-    EXPECT_EQ(Config().GetSQL({"quoted"}), " select * from  files where domain like '%it's%' COLLATE NOCASE; ");
+    EXPECT_EQ(Config().GetSQL({"quoted"}),
+              " select * from  files where domain like '%it's%' COLLATE NOCASE; ");
 }
 
 TEST(Selection, ALongQueryComesOutWhole) {
@@ -178,8 +185,10 @@ TEST(ConfigManager, AnswersManyThreads) {
     threads.reserve(8);
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([] {
-            for (int call = 0; call < 200; ++call) EXPECT_FALSE(Config().GetSQL({"both"}).empty());
+            for (int call = 0; call < 200; ++call)
+                EXPECT_FALSE(Config().GetSQL({"both"}).empty());
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
 }

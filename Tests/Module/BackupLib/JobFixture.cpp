@@ -6,7 +6,9 @@
 
 namespace fs = std::filesystem;
 
-JobTest::JobTest() { ForgetLog(); }
+JobTest::JobTest() {
+    ForgetLog();
+}
 
 void JobTest::Use(Layout wanted) {
     layout = wanted;
@@ -14,7 +16,9 @@ void JobTest::Use(Layout wanted) {
     device.version = wanted == Layout::kNew ? "17.4.1" : "9.3.5";
 }
 
-void JobTest::ToolMakes(BackupBuilder& backup) { tool.CopyBackup(backup.Write(layout)).ExitMessage(0); }
+void JobTest::ToolMakes(BackupBuilder& backup) {
+    tool.CopyBackup(backup.Write(layout)).ExitMessage(0);
+}
 
 int JobTest::Start(int type, int option) {
     std::string folder = destination.Path();
@@ -43,9 +47,11 @@ PhoneContent::PhoneContent(BackupBuilder& backup) {
         {"CREATE TABLE ZWAMESSAGE (ZTEXT)", "CREATE TABLE ZWACHATSESSION (ZPARTNERNAME)",
          "INSERT INTO ZWAMESSAGE VALUES ('hello')", "INSERT INTO ZWACHATSESSION VALUES ('Anna')"});
     whatsappMedia = backup.Add(whatsappDomain, "Message/Media/1.jpg");
-    wechat = backup.AddDatabase("AppDomain-com.tencent.xin", "Documents/0123456789abcdef0123456789abcdef/DB/MM.sqlite",
+    wechat = backup.AddDatabase("AppDomain-com.tencent.xin",
+                                "Documents/0123456789abcdef0123456789abcdef/DB/MM.sqlite",
                                 {"CREATE TABLE Chat_0123 (Message)", "CREATE TABLE Friend (name)"});
-    wechatMedia = backup.Add("AppDomain-com.tencent.xin", "Documents/0123456789abcdef0123456789abcdef/Img/1.pic");
+    wechatMedia =
+        backup.Add("AppDomain-com.tencent.xin", "Documents/0123456789abcdef0123456789abcdef/Img/1.pic");
     contacts = backup.Add("HomeDomain", "Library/AddressBook/AddressBook.sqlitedb");
     contactImages = backup.Add("HomeDomain", "Library/AddressBook/AddressBookImages.sqlitedb");
     photo = backup.Add("CameraRollDomain", "Media/DCIM/100APPLE/IMG_0001.JPG");

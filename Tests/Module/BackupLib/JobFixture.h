@@ -14,7 +14,7 @@
 
 /// A device that says what the test wants.
 class FakeDevice : public IBaseDevice {
-   public:
+ public:
     std::string GetName() override { return Asked("name", name); }
     std::string GetSerialNumber() override { return Asked("serial", serialNumber); }
     std::string GetVersionString() override { return Asked("version", version); }
@@ -31,10 +31,10 @@ class FakeDevice : public IBaseDevice {
     int majorVersion = 17;
     std::string productType = "iPhone14,5";
     std::string id = "the-device";
-    std::vector<std::string> asked;      ///< what was asked, in order
+    std::vector<std::string> asked;  ///< what was asked, in order
     std::function<void()> whenAskedForId;
 
-   private:
+ private:
     std::string Asked(const std::string& what, const std::string& answer) {
         asked.push_back(what);
         if (what == "id" && whenAskedForId) whenAskedForId();
@@ -44,7 +44,7 @@ class FakeDevice : public IBaseDevice {
 
 /// A job of the backup manager with a scripted tool.
 class JobTest : public testing::Test {
-   protected:
+ protected:
     JobTest();
 
     /// The device is of this layout's version.
@@ -72,7 +72,7 @@ class JobTest : public testing::Test {
 struct PhoneContent {
     explicit PhoneContent(BackupBuilder& backup);
 
-    std::string messages;   ///< file IDs
+    std::string messages;  ///< file IDs
     std::string attachment;
     std::string whatsapp;
     std::string whatsappMedia;

@@ -9,7 +9,8 @@
 
 #include "Module/BackupLib/mbdb/mbdb.h"
 
-/// The bytes of Manifest.mbdb files, put together by hand: what the library's reader and writer are held against.
+/// The bytes of Manifest.mbdb files, put together by hand: what the library's reader and writer are held
+/// against.
 
 /// A string with its length; an absent one is nothing, written as 0xFFFF.
 using MbdbText = std::optional<std::string>;

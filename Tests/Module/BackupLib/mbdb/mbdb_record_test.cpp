@@ -10,7 +10,7 @@
 namespace {
 
 class MbdbRecordTest : public testing::Test {
-   protected:
+ protected:
     MbdbRecordTest() : record(mbdb_record_create(), mbdb_record_free) { mbdb_record_init(record.get()); }
 
     std::unique_ptr<mbdb_record_t, void (*)(mbdb_record_t*)> record;
@@ -19,7 +19,8 @@ class MbdbRecordTest : public testing::Test {
 }  // namespace
 
 TEST(MbdbRecord, ACreatedOneIsAllZeros) {
-    const std::unique_ptr<mbdb_record_t, void (*)(mbdb_record_t*)> record(mbdb_record_create(), mbdb_record_free);
+    const std::unique_ptr<mbdb_record_t, void (*)(mbdb_record_t*)> record(mbdb_record_create(),
+                                                                          mbdb_record_free);
     EXPECT_EQ(record->domain, nullptr);
     EXPECT_EQ(record->target_size, 0);
     EXPECT_EQ(record->record_size, 0U);
@@ -158,9 +159,10 @@ TEST_F(MbdbRecordTest, DebugPrintsALineForEachField) {
     std::snprintf(hash, sizeof hash, "%p", static_cast<void*>(record->datahash));
     testing::internal::CaptureStdout();
     mbdb_record_debug(record.get());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "mbdb record\n\tdomain = D\n\tpath = p\n\ttarget = (null)\n\tdatahash = " + std::string(hash) +
-                  "\n\tunknown1 = ab\n\tmode = 0100644 (0x81a4)\n\tunknown2 = 0x0\n\tinode = 0x0\n\tuid = 501\n"
-                  "\tgid = -1\n\ttime1 = 0x0\n\ttime2 = 0x0\n\ttime3 = 0xff\n\tlength = 12345678901\n"
-                  "\tflag = 0x0\n\tproperty_count = 0\n");
+    EXPECT_EQ(
+        testing::internal::GetCapturedStdout(),
+        "mbdb record\n\tdomain = D\n\tpath = p\n\ttarget = (null)\n\tdatahash = " + std::string(hash) +
+            "\n\tunknown1 = ab\n\tmode = 0100644 (0x81a4)\n\tunknown2 = 0x0\n\tinode = 0x0\n\tuid = 501\n"
+            "\tgid = -1\n\ttime1 = 0x0\n\ttime2 = 0x0\n\ttime3 = 0xff\n\tlength = 12345678901\n"
+            "\tflag = 0x0\n\tproperty_count = 0\n");
 }

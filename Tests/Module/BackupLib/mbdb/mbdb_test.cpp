@@ -41,7 +41,9 @@ MbdbRecordBytes Named(const std::string& path) {
     return record;
 }
 
-Mbdb Open(const std::string& path) { return {mbdb_open(path.c_str()), mbdb_free}; }
+Mbdb Open(const std::string& path) {
+    return {mbdb_open(path.c_str()), mbdb_free};
+}
 
 std::string Saved(mbdb_t* mbdb, const TemporaryFolder& folder) {
     EXPECT_TRUE(mbdb_save(mbdb, folder.Path("saved").c_str()));
@@ -57,7 +59,9 @@ mbdb_record_t* MadeRecord(const char* domain, const char* path) {
     return record;
 }
 
-Mbdb EmptyCatalogue() { return ParseMbdb(kMbdbHeader); }
+Mbdb EmptyCatalogue() {
+    return ParseMbdb(kMbdbHeader);
+}
 
 }  // namespace
 
@@ -112,13 +116,14 @@ TEST(MbdbParse, AHeaderAloneIsAnEmptyCatalogue) {
 }
 
 TEST(MbdbParse, AnotherHeaderIsNoCatalogue) {
-    for (const std::string& bytes : {std::string("mbdb\x05\x01", 6), std::string("mbdc\x05\x00", 6),
-                                     std::string("MBDB\x05\x00", 6), std::string("mbdb"), std::string("mbdb\x05"),
-                                     std::string()}) {
+    for (const std::string& bytes :
+         {std::string("mbdb\x05\x01", 6), std::string("mbdc\x05\x00", 6), std::string("MBDB\x05\x00", 6),
+          std::string("mbdb"), std::string("mbdb\x05"), std::string()}) {
         const std::string printed = Printed([&] { EXPECT_EQ(ParseMbdb(bytes), nullptr); });
         EXPECT_EQ(printed, "Unable to identify this filetype\n");
     }
-    EXPECT_EQ(Printed([] { EXPECT_EQ(mbdb_parse(nullptr, 100), nullptr); }), "Unable to identify this filetype\n");
+    EXPECT_EQ(Printed([] { EXPECT_EQ(mbdb_parse(nullptr, 100), nullptr); }),
+              "Unable to identify this filetype\n");
 }
 
 TEST(MbdbParse, ADamagedRecordEndsItAndThoseBeforeAreKept) {
@@ -140,11 +145,13 @@ TEST(MbdbParse, EveryPrefixKeepsTheWholeRecordsInIt) {
     const std::vector<MbdbRecordBytes> records = {FullRecord(), MbdbRecordBytes::Smallest(), Named("third")};
     const std::string bytes = MbdbBytes(records);
     std::vector<std::size_t> ends = {6};
-    for (const MbdbRecordBytes& record : records) ends.push_back(ends.back() + record.Bytes().size());
+    for (const MbdbRecordBytes& record : records)
+        ends.push_back(ends.back() + record.Bytes().size());
     testing::internal::CaptureStdout();
     for (std::size_t length = 6; length <= bytes.size(); ++length) {
         std::size_t whole = 0;
-        while (whole < records.size() && ends[whole + 1] <= length) ++whole;
+        while (whole < records.size() && ends[whole + 1] <= length)
+            ++whole;
         const Mbdb mbdb = ParseMbdb(bytes.substr(0, length));
         ASSERT_NE(mbdb, nullptr) << length;
         EXPECT_EQ(mbdb->records.size(), whole) << length;
@@ -247,15 +254,18 @@ TEST(MbdbSave, FailsWhereNoFileCanBe) {
 TEST(MbdbInsert, AttachTakesTheRecordItself) {
     const Mbdb mbdb = EmptyCatalogue();
     mbdb_record_t* const record = MadeRecord("D", "p");
-    EXPECT_EQ(mbdb_insert_record(mbdb.get(), record, MBDB_INSERT_ATTACH), nullptr) << "null is no failure here";
+    EXPECT_EQ(mbdb_insert_record(mbdb.get(), record, MBDB_INSERT_ATTACH), nullptr)
+        << "null is no failure here";
     ASSERT_EQ(mbdb->records.size(), 1U);
     EXPECT_EQ(mbdb->records[0], record);
 }
 
 TEST(MbdbInsert, OtherTypesAndNullAddNothing) {
     const Mbdb mbdb = EmptyCatalogue();
-    const std::unique_ptr<mbdb_record_t, void (*)(mbdb_record_t*)> record(MadeRecord("D", "p"), mbdb_record_free);
-    EXPECT_EQ(mbdb_insert_record(mbdb.get(), record.get(), static_cast<en_mbdb_insert_record_type>(2)), nullptr);
+    const std::unique_ptr<mbdb_record_t, void (*)(mbdb_record_t*)> record(MadeRecord("D", "p"),
+                                                                          mbdb_record_free);
+    EXPECT_EQ(mbdb_insert_record(mbdb.get(), record.get(), static_cast<en_mbdb_insert_record_type>(2)),
+              nullptr);
     EXPECT_EQ(mbdb_insert_record(mbdb.get(), nullptr, MBDB_INSERT_COPY), nullptr);
     EXPECT_EQ(mbdb_insert_record(nullptr, record.get(), MBDB_INSERT_COPY), nullptr);
     EXPECT_TRUE(mbdb->records.empty());
@@ -343,7 +353,9 @@ TEST(MbdbRecordAccess, IsThroughTheRecordsOnly) {
     EXPECT_EQ(mbdb_get_record(mbdb.get(), 0), nullptr);
 }
 
-TEST(MbdbFree, IgnoresNull) { mbdb_free(nullptr); }
+TEST(MbdbFree, IgnoresNull) {
+    mbdb_free(nullptr);
+}
 
 TEST(MbdbStrdup, Duplicates) {
     EXPECT_EQ(mbdb_strdup(nullptr), nullptr);
