@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "Common/std/std_sha1.h"
-#include "Host/Archiver/BinaryPlistReader.h"
 #include "Host/Archiver/Plist.h"
+#include "Host/BackupFormat/BinaryPlistReader.h"
 
 namespace krutein {
 namespace {

@@ -2,9 +2,10 @@
 
 #include <limits>
 
-#include "Host/Archiver/MbFile.h"
+#include "Host/Archiver/MbFileArchive.h"
 #include "Host/Archiver/ToolError.h"
 #include "Host/Archiver/contents/Contents.h"
+#include "Host/BackupFormat/MbFile.h"
 
 namespace krutein {
 namespace {
@@ -80,9 +81,9 @@ bool ManifestDbReader::NextFile(CatalogueEntry& entry) {
     entry.fileId = fileId;
     entry.domain = m_files.Bytes(1);
     entry.path = m_files.Bytes(2);
-    const auto size = m_files.IsBlob(3) ? SizeInMbFile(m_files.Bytes(3)) : std::nullopt;
-    if (!size) ThrowDamaged("it does not tell the size of " + entry.domain + "/" + entry.path);
-    entry.size = *size;
+    const auto file = m_files.IsBlob(3) ? ReadMbFile(m_files.Bytes(3)) : std::nullopt;
+    if (!file) ThrowDamaged("it does not tell the size of " + entry.domain + "/" + entry.path);
+    entry.size = file->size;
     return true;
 }
 

@@ -36,6 +36,10 @@ void Plist::Set(const std::string& key, Plist dictionary) {
     plist_dict_set_item(m_node.get(), key.c_str(), dictionary.m_node.release());
 }
 
+void Plist::Set(const std::string& key, plist_t node) {
+    plist_dict_set_item(m_node.get(), key.c_str(), node);
+}
+
 void Plist::SetDate(const std::string& key, std::time_t time) {
     const auto seconds = static_cast<std::int32_t>(time - kPlistEpoch);
     plist_dict_set_item(m_node.get(), key.c_str(), plist_new_date(seconds, 0));

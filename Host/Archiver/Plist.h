@@ -12,7 +12,8 @@ namespace krutein {
 /// 2001-01-01, from where property lists count their dates, in seconds since 1970.
 constexpr std::time_t kPlistEpoch = 978'307'200;
 
-/// A property list that is built and written. For reading what may be hostile there is BinaryPlistReader.
+/// A property list that is built and written. For reading what may be hostile there is
+/// Host/BackupFormat/BinaryPlistReader.h.
 class Plist {
  public:
     /// An empty dictionary.
@@ -23,6 +24,8 @@ class Plist {
     void Set(const std::string& key, bool value);
     void Set(const std::string& key, const std::vector<std::string>& texts);
     void Set(const std::string& key, Plist dictionary);
+    /// \param node  of any type; the list's from then on.
+    void Set(const std::string& key, plist_t node);
     /// \param time  in seconds since 1970.
     void SetDate(const std::string& key, std::time_t time);
 

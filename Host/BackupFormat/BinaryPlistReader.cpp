@@ -1,13 +1,31 @@
-#include "Host/Archiver/BinaryPlistReader.h"
+#include "Host/BackupFormat/BinaryPlistReader.h"
 
 #include <limits>
-
-#include "Host/Archiver/BinaryPlistFormat.h"
 
 namespace krutein {
 namespace {
 
-using namespace bplist;
+// The form: the magic, the objects, the table of their offsets, and a trailer. Numbers have their most
+// significant byte first.
+constexpr std::string_view kMagic = "bplist00";
+
+// The trailer: 6 bytes unused, two widths, and three numbers of 8 bytes.
+constexpr std::size_t kTrailerBytes = 32;
+constexpr std::size_t kOffsetWidthAt = 6;
+constexpr std::size_t kReferenceWidthAt = 7;
+constexpr std::size_t kCountAt = 8;
+constexpr std::size_t kTopAt = 16;
+constexpr std::size_t kOffsetsAt = 24;
+
+// The types in the upper half of an object's first byte.
+constexpr unsigned kNumber = 0x1;
+constexpr unsigned kAsciiText = 0x5;
+constexpr unsigned kUid = 0x8;
+constexpr unsigned kArray = 0xA;
+constexpr unsigned kDictionary = 0xD;
+
+/// In the lower half instead of a count: the count follows as a number.
+constexpr unsigned kCountFollows = 0xF;
 
 constexpr std::uint64_t kMaxWidth = 8;
 constexpr std::uint64_t kMaxExponent = 3;  // of a number's width: 2^3 bytes

@@ -7,9 +7,9 @@
 
 namespace krutein {
 
-/// Reads single values out of a binary property list that somebody may have tampered with. No tree is built:
-/// a few hundred bytes can describe one that no memory holds. What is not there, is of another type or lies
-/// outside the bytes is simply not found.
+/// Reads single values out of a binary property list that somebody may have tampered with. Unlike libplist it
+/// builds no tree, since a few hundred bytes can describe one that no memory holds. What is not there, is of
+/// another type or lies outside the bytes is simply not found.
 class BinaryPlistReader {
  public:
     using Object = std::uint64_t;  ///< an index into the list of objects

@@ -1,4 +1,4 @@
-#include "Host/Archiver/MbFile.h"
+#include "Host/Archiver/MbFileArchive.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,10 +7,14 @@
 #include <memory>
 #include <string>
 
+#include "Host/BackupFormat/MbFile.h"
+
 using krutein::CatalogueEntry;
 using krutein::EncodeMbFile;
 using krutein::EntryKind;
-using krutein::SizeInMbFile;
+using krutein::MbFile;
+using krutein::ReadMbFile;
+using testing::Field;
 using testing::Optional;
 
 namespace {
@@ -53,7 +57,7 @@ class Archive {
 
 }  // namespace
 
-TEST(MbFile, IsAKeyedArchiveThatOthersRead) {
+TEST(MbFileArchive, IsAKeyedArchiveThatOthersRead) {
     const Archive archive(EncodeMbFile(Photo(1234567)));
     ASSERT_NE(archive.Root(), nullptr);
     EXPECT_STREQ(plist_get_string_ptr(plist_dict_get_item(archive.Root(), "$archiver"), nullptr),
@@ -69,7 +73,7 @@ TEST(MbFile, IsAKeyedArchiveThatOthersRead) {
     EXPECT_STREQ(plist_get_string_ptr(plist_array_get_item(classes, 1), nullptr), "NSObject");
 }
 
-TEST(MbFile, SaysWhatTheFileIs) {
+TEST(MbFileArchive, SaysWhatTheFileIs) {
     const Archive archive(EncodeMbFile(Photo(1234567)));
     EXPECT_EQ(archive.Number("Size"), 1234567U);
     EXPECT_EQ(archive.Number("Mode"), 0100644U);
@@ -84,7 +88,7 @@ TEST(MbFile, SaysWhatTheFileIs) {
     }
 }
 
-TEST(MbFile, TellsFoldersAndLinksFromFiles) {
+TEST(MbFileArchive, TellsFoldersAndLinksFromFiles) {
     CatalogueEntry entry = Photo(0);
     entry.kind = EntryKind::kFolder;
     EXPECT_EQ(Archive(EncodeMbFile(entry)).Number("Mode"), 0040755U);
@@ -96,27 +100,27 @@ TEST(MbFile, TellsFoldersAndLinksFromFiles) {
     EXPECT_STREQ(plist_get_string_ptr(link.Object(4), nullptr), "../elsewhere");
 }
 
-TEST(MbFile, TellsTheSizeAgain) {
+TEST(MbFileArchive, CanBeReadAgain) {
     for (const std::int64_t size : {0LL, 1LL, 255LL, 65536LL, 5'000'000'000LL})
-        EXPECT_THAT(SizeInMbFile(EncodeMbFile(Photo(size))), Optional(size));
+        EXPECT_THAT(ReadMbFile(EncodeMbFile(Photo(size))), Optional(Field(&MbFile::size, size)));
 }
 
-TEST(MbFile, HasNoSizeWhenItIsNone) {
+TEST(MbFileArchive, HasNoSizeWhenItIsNone) {
     const std::string good = EncodeMbFile(Photo(7));
     for (const std::string& bytes :
          {std::string(), std::string("bplist00"), std::string(500, 'x'), good.substr(1),
           good.substr(0, good.size() - 1), std::string(1 << 20, '\0')})
-        EXPECT_EQ(SizeInMbFile(bytes), std::nullopt);
+        EXPECT_FALSE(ReadMbFile(bytes).has_value());
 }
 
-TEST(MbFile, SurvivesAnyChangedByte) {
+TEST(MbFileArchive, SurvivesAnyChangedByte) {
     const std::string good = EncodeMbFile(Photo(7));
     int sizes = 0;
     for (std::size_t place = 0; place < good.size(); ++place) {
         for (int value = 0; value < 256; ++value) {
             std::string bad = good;
             bad[place] = static_cast<char>(value);
-            if (SizeInMbFile(bad)) ++sizes;
+            if (ReadMbFile(bad)) ++sizes;
         }
     }
     EXPECT_GT(sizes, 0);  // most bytes, such as those of the path, do not matter for the size
