@@ -8,41 +8,21 @@
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
 #include "Host/kruteinctl/Backups.h"
+#include "Host/kruteinctl/Destination.h"
 #include "Host/kruteinctl/DeviceQuery.h"
 #include "Host/kruteinctl/FacadeRun.h"
 #include "Host/kruteinctl/Folder.h"
+#include "Host/kruteinctl/HostDevice.h"
+#include "Host/kruteinctl/JobRun.h"
+#include "Host/kruteinctl/Record.h"
 #include "Host/kruteinctl/Text.h"
+#include "Host/kruteinctl/Types.h"
 #include "Host/kruteinctl/Udid.h"
 #include "Host/kruteinctl/WorkFolder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A folder that a command makes for its result, and that goes again when there is none.
-class Destination {
- public:
-    explicit Destination(const std::string& folder) : m_folder(folder), m_isNew(!fs::exists(folder)) {
-        EnsureWritable(folder);
-    }
-    ~Destination() {
-        if (m_isNew) rmdir(m_folder.c_str());  // refused, and rightly, when something is in it
-    }
-    Destination(const Destination&) = delete;
-    Destination& operator=(const Destination&) = delete;
-
- private:
-    std::string m_folder;
-    bool m_isNew;
-};
-
-void CheckSpace(Session& session, const std::string& folder, std::uint64_t needed) {
-    const std::uint64_t available = FreeBytes(folder);
-    const std::string numbers = fmt::format("the backup takes {}; {} has {} free", ExactBytes(needed),
-                                            Printable(folder), ExactBytes(available));
-    if (needed > available) throw Failure(ExitCode::kDiskFull, "not enough space: " + numbers);
-    session.Note(numbers);
-}
 
 Summary SummaryOf(const Options& options, const std::string& udid, const std::string& path) {
     Summary summary;
@@ -62,26 +42,58 @@ void CountFiles(Summary& summary) {
     summary.bytes = static_cast<std::uint64_t>(bytes);
 }
 
-}  // namespace
+std::string PrefixOf(const std::string& folder) {
+    return folder == "/" ? folder : folder + "/";
+}
 
-Summary RunBackupCommand(const Options& options, Session& session) {
-    const std::string udid = CanonicalUdid(options.udid);
-    const std::string folder = CheckedFolder(options.folder);
-    RequireTool();
-    session.Enter("asking the device");
-    const std::string prefix = folder == "/" ? folder : folder + "/";
-    const std::uint64_t needed = QueryBackupSize(session, udid, prefix + "temp");
-
-    const Destination destination(folder);
-    CheckSpace(session, folder, needed);
+/// Through the library's facade.
+Summary BackUpAll(const Options& options, Session& session, const std::string& udid,
+                  const std::string& folder) {
     const WorkFolder work(folder);
-    const std::string path = FacadeRun::Make(session).Backup(udid, prefix);
+    const std::string path = FacadeRun::Make(session).Backup(udid, PrefixOf(folder));
     session.Enter("finishing");
     if (!IsBackup(path)) {
         throw Failure(ExitCode::kNotWritable,
                       fmt::format("the finished backup could not be moved to {}", Printable(path)));
     }
-    Summary summary = SummaryOf(options, udid, path);
+    return SummaryOf(options, udid, path);
+}
+
+/// Through the library's manager, which also writes a record.
+Summary BackUpTypes(const Options& options, Session& session, const std::string& udid,
+                    const std::string& folder) {
+    HostDevice device(udid);
+    const int type = ParseTypes(options.types);
+    const std::string job = RunJob(session, device, folder, type, options.keepFailed);
+    Summary summary = SummaryOf(options, udid, job + "/" + udid);
+    summary.types = TypeWords(type);
+    return summary;
+}
+
+void RefuseTyped(const BackupPlace& backup) {
+    const std::optional<Record> record = RecordOf(backup.Path());
+    if (!record || !IsTyped(record->type)) return;
+    throw Failure(
+        ExitCode::kUsage,
+        fmt::format("{} holds {} only: it is for looking into, and a device that is restored from it "
+                    "loses everything else. Take a full backup, or say --force",
+                    Printable(backup.Path()), TypeWords(record->type)));
+}
+
+}  // namespace
+
+Summary RunBackupCommand(const Options& options, Session& session) {
+    const std::string udid = CanonicalUdid(options.udid);
+    const std::string folder = CheckedFolder(options.folder);
+    if (!options.types.empty()) ParseTypes(options.types);  // before anything is started
+    RequireTool();
+    session.Enter("asking the device");
+    const std::uint64_t needed = QueryBackupSize(session, udid, PrefixOf(folder) + "temp");
+
+    const Destination destination(folder);
+    destination.CheckSpace(session, needed);
+    Summary summary = options.types.empty() ? BackUpAll(options, session, udid, folder)
+                                            : BackUpTypes(options, session, udid, folder);
     CountFiles(summary);
     return summary;
 }
@@ -89,6 +101,7 @@ Summary RunBackupCommand(const Options& options, Session& session) {
 Summary RunRestoreCommand(const Options& options, Session& session) {
     const std::string udid = CanonicalUdid(options.udid);
     const BackupPlace backup = FindBackup(CheckedFolder(options.folder), udid);
+    if (!options.force) RefuseTyped(backup);
     RequireTool();
     const ToolView view(backup, udid);
     FacadeRun::Make(session).Restore(udid, view.Folder());

@@ -4,7 +4,7 @@
 #include "Host/kruteinctl/Presenter.h"
 #include "Host/kruteinctl/Session.h"
 
-// The commands. Each returns what it achieved or throws a Failure.
+// The commands that run the backup tool. Each returns what it achieved or throws a Failure.
 
 Summary RunBackupCommand(const Options& options, Session& session);
 Summary RunRestoreCommand(const Options& options, Session& session);

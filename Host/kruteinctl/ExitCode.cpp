@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Host/ToolCodes.h"
+#include "Module/BackupLib/BackupMgr.h"
 #include "Module/BackupLib/MobileBackupTask.h"
 
 namespace {
@@ -30,11 +31,36 @@ constexpr RunCodeRow kRunCodes[] = {
     {kToolFailed, ExitCode::kFailed, "the backup tool failed"},
 };
 
-const RunCodeRow* RowOf(int runCode) {
-    const auto* const row =
-        std::find_if(std::begin(kRunCodes), std::end(kRunCodes),
-                     [runCode](const RunCodeRow& each) { return each.runCode == runCode; });
-    return row == std::end(kRunCodes) ? nullptr : row;
+constexpr RunCodeRow kJobResults[] = {
+    {kJobDone, ExitCode::kDone, "done"},
+    {kJobNoDevice, ExitCode::kNoDevice, "there is no device"},
+    {kJobNothingNeeded, ExitCode::kNoData,
+     "the device has no files of the wanted types: choose other types, or make a full backup"},
+    {kJobCannotOpenManifestDb, ExitCode::kBackupDamaged,
+     "the catalogue of what the device sent, Manifest.db, cannot be opened: back up again"},
+    {kJobRecordNotWritten, ExitCode::kNotWritable,
+     "the backup's record, backup_config.ini, could not be written: look at the destination"},
+    {kJobNoFolder, ExitCode::kNotWritable, "the backup's folder could not be made: look at the destination"},
+    {kJobNoRecords, ExitCode::kNoData,
+     "none of the wanted apps has any records on the device: choose other types, or make a full backup"},
+    {kJobCancelled, ExitCode::kStopped, "stopped; no backup was made"},
+    {kJobUnknownType, ExitCode::kUsage, "no such type of backup"},
+    {kJobNoIdentifier, ExitCode::kNoDevice, "the device does not tell its identifier: connect it again"},
+    {kJobAlreadyRunning, ExitCode::kFailed, "another job is running: wait for its end"},
+    {kJobNoQuery, ExitCode::kNotConfigured,
+     "nothing is configured for the wanted types: look at Resources/Config/vm_config.ini"},
+    {kJobNoDomains, ExitCode::kNotConfigured,
+     "nothing is configured for the wanted types: look at Resources/Config/vm_config.ini"},
+    {kJobCannotOpenMbdb, ExitCode::kBackupDamaged,
+     "the catalogue of what the device sent, Manifest.mbdb, cannot be opened: back up again"},
+    {kJobUnknownVersion, ExitCode::kFailed, "the device does not tell its system version: connect it again"},
+};
+
+template <std::size_t Count>
+const RunCodeRow* RowOf(const RunCodeRow (&rows)[Count], int code) {
+    const auto* const row = std::find_if(std::begin(rows), std::end(rows),
+                                         [code](const RunCodeRow& each) { return each.runCode == code; });
+    return row == std::end(rows) ? nullptr : row;
 }
 
 }  // namespace
@@ -52,6 +78,9 @@ const std::vector<ExitCodeRow>& ExitCodeTable() {
         {ExitCode::kDiskFull, "disk_full", "the disk is full, or would be"},
         {ExitCode::kBackupDamaged, "backup_damaged", "the backup is damaged"},
         {ExitCode::kNoBackup, "no_backup", "there is no such backup"},
+        {ExitCode::kNoData, "no_data", "the device has nothing of the wanted types"},
+        {ExitCode::kEncrypted, "encrypted", "the backup is encrypted and cannot be looked into"},
+        {ExitCode::kNotConfigured, "not_configured", "nothing is configured for the wanted types"},
         {ExitCode::kStopped, "stopped", "stopped by Ctrl-C or a signal"},
     };
     return table;
@@ -65,11 +94,22 @@ const char* CauseOf(ExitCode code) {
 }
 
 ExitCode ExitCodeOfRun(int runCode) {
-    const RunCodeRow* const row = RowOf(runCode);
+    const RunCodeRow* const row = RowOf(kRunCodes, runCode);
     return row == nullptr ? ExitCode::kFailed : row->code;
 }
 
 std::string WordsForRun(int runCode) {
-    const RunCodeRow* const row = RowOf(runCode);
+    const RunCodeRow* const row = RowOf(kRunCodes, runCode);
     return fmt::format("{} (code {})", row == nullptr ? "the backup tool failed" : row->words, runCode);
+}
+
+ExitCode ExitCodeOfJob(int result) {
+    const RunCodeRow* const row = RowOf(kJobResults, result);
+    return row == nullptr ? ExitCodeOfRun(result) : row->code;
+}
+
+std::string WordsForJob(int result) {
+    const RunCodeRow* const row = RowOf(kJobResults, result);
+    return row == nullptr ? "backup failed: " + WordsForRun(result)
+                          : fmt::format("{} (code {})", row->words, result);
 }

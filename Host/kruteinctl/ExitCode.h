@@ -15,6 +15,9 @@ enum class ExitCode : int {
     kDiskFull = 7,
     kBackupDamaged = 8,
     kNoBackup = 9,
+    kNoData = 10,
+    kEncrypted = 11,
+    kNotConfigured = 12,
     kStopped = 130
 };
 
@@ -29,6 +32,12 @@ const char* CauseOf(ExitCode code);
 
 /// The return code of a run (the library's or the backup tool's) as the exit code to end with.
 ExitCode ExitCodeOfRun(int runCode);
+
+/// The result of a typed job (a JobResult, or the return code of its run) as the exit code to end with.
+ExitCode ExitCodeOfJob(int result);
+
+/// The result of a typed job in words, with its number, and what can be done.
+std::string WordsForJob(int result);
 
 /// The return code of a run in words, with its number.
 std::string WordsForRun(int runCode);

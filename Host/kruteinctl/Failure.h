@@ -18,6 +18,13 @@ class Failure : public std::runtime_error {
         return failure;
     }
 
+    /// The end of a typed job whose result was not 0.
+    static Failure OfJob(int result, const std::string& more) {
+        Failure failure(ExitCodeOfJob(result), WordsForJob(result) + more);
+        failure.m_runCode = result;
+        return failure;
+    }
+
     ExitCode Code() const { return m_code; }
     std::optional<int> RunCode() const { return m_runCode; }
 

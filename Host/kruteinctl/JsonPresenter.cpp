@@ -3,15 +3,12 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <nlohmann/json.hpp>
+
+#include "Host/kruteinctl/JsonLine.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-std::string LineOf(const Json& object) {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
 
 Json Message(const char* type) {
     return {{"message_type", type}};
@@ -30,7 +27,7 @@ void JsonPresenter::DoShow(const ProgressState& state) {
     }
     object["seconds_elapsed"] = state.elapsed.count();
     if (state.remaining) object["seconds_remaining"] = state.remaining->count();
-    std::string line = LineOf(object);
+    std::string line = JsonLine(object);
     if (line == m_last) return;
     fmt::print(m_streams.Out(), "{}", line);
     std::fflush(m_streams.Out());
@@ -40,7 +37,7 @@ void JsonPresenter::DoShow(const ProgressState& state) {
 void JsonPresenter::DoNote(const std::string& text) {
     Json object = Message("status");
     object["note"] = text;
-    fmt::print(m_streams.Out(), "{}", LineOf(object));
+    fmt::print(m_streams.Out(), "{}", JsonLine(object));
 }
 
 void JsonPresenter::DoDone(const Summary& summary) {
@@ -48,10 +45,11 @@ void JsonPresenter::DoDone(const Summary& summary) {
     object["command"] = NameOf(summary.command);
     object["udid"] = summary.udid;
     object["path"] = summary.path;
+    if (!summary.types.empty()) object["types"] = summary.types;
     if (summary.files) object["files"] = *summary.files;
     if (summary.bytes) object["bytes"] = *summary.bytes;
     object["seconds"] = summary.elapsed.count();
-    fmt::print(m_streams.Out(), "{}", LineOf(object));
+    fmt::print(m_streams.Out(), "{}", JsonLine(object));
     std::fflush(m_streams.Out());
 }
 
@@ -62,6 +60,6 @@ void JsonPresenter::DoFailed(std::optional<CommandName> command, const Failure& 
     object["cause"] = CauseOf(failure.Code());
     if (failure.RunCode()) object["tool_code"] = *failure.RunCode();
     object["message"] = failure.what();
-    fmt::print(m_streams.Out(), "{}", LineOf(object));
+    fmt::print(m_streams.Out(), "{}", JsonLine(object));
     std::fflush(m_streams.Out());
 }

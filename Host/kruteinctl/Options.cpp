@@ -32,6 +32,7 @@ class Parser {
         AddBackup();
         AddRestore();
         AddSize();
+        AddList();
     }
 
     std::optional<Options> Parse(int count, const char* const* words, std::string& text) {
@@ -55,30 +56,52 @@ class Parser {
     CLI::App* AddCommand(CommandName command, const std::string& description, const std::string& example) {
         CLI::App* const sub = m_app.add_subcommand(NameOf(command), description);
         sub->callback([this, command] { m_options.command = command; });
-        sub->add_option("UDID", m_options.udid,
-                        "The device's identifier: 40 hexadecimal digits, or 8 and 16 with a dash between")
-            ->required();
-        sub->add_flag("-q,--quiet", m_quiet, "Print nothing but errors");
         sub->add_flag("--json", m_json, "Print one JSON object a line (see Docs/scripting.md)");
         sub->footer("Example:\n  kruteinctl " + example);
         return sub;
     }
 
-    void AddBackup() {
-        AddCommand(CommandName::kBackup, "Make a full backup of a device",
-                   "backup 00008110-000A2D3E1E08801E --to ~/Backups")
-            ->add_option("--to", m_options.folder, "Folder in which the backup shall lie")
+    /// A command that runs the backup tool for a device.
+    CLI::App* AddRun(CommandName command, const std::string& description, const std::string& example) {
+        CLI::App* const sub = AddCommand(command, description, example);
+        sub->add_option("UDID", m_options.udid,
+                        "The device's identifier: 40 hexadecimal digits, or 8 and 16 with a dash between")
             ->required();
+        sub->add_flag("-q,--quiet", m_quiet, "Print nothing but errors");
+        return sub;
+    }
+
+    void AddBackup() {
+        CLI::App* const backup = AddRun(CommandName::kBackup, "Make a backup of a device",
+                                        "backup 00008110-000A2D3E1E08801E --to ~/Backups\n"
+                                        "  kruteinctl backup 00008110-000A2D3E1E08801E --to ~/Backups "
+                                        "--types messages,whatsapp");
+        backup->add_option("--to", m_options.folder, "Folder in which the backup shall lie")->required();
+        CLI::Option* const types = backup->add_option(
+            "--types", m_options.types,
+            "Keep only the data of these apps: messages, whatsapp, wechat, contacts, separated by commas; "
+            "or full. Adds a record, which 'list' shows");
+        backup->add_flag("--keep-failed", m_options.keepFailed, "Leave what a failed typed backup has made")
+            ->needs(types);
     }
 
     void AddRestore() {
-        AddFrom(AddCommand(CommandName::kRestore, "Restore a device from a backup",
-                           "restore 00008110-000A2D3E1E08801E --from ~/Backups"));
+        CLI::App* const restore = AddRun(CommandName::kRestore, "Restore a device from a backup",
+                                         "restore 00008110-000A2D3E1E08801E --from ~/Backups");
+        AddFrom(restore);
+        restore->add_flag("--force", m_options.force,
+                          "Restore also from a backup that holds single apps only");
     }
 
     void AddSize() {
-        AddFrom(AddCommand(CommandName::kSize, "Tell the size of a backup",
-                           "size 00008110-000A2D3E1E08801E --from ~/Backups"));
+        AddFrom(AddRun(CommandName::kSize, "Tell the size of a backup",
+                       "size 00008110-000A2D3E1E08801E --from ~/Backups"));
+    }
+
+    void AddList() {
+        AddCommand(CommandName::kList, "List the backups below a folder", "list ~/Backups")
+            ->add_option("DIR", m_options.folder, "Folder to look in")
+            ->required();
     }
 
     void AddFrom(CLI::App* command) {
@@ -123,6 +146,8 @@ const char* NameOf(CommandName command) {
             return "restore";
         case CommandName::kSize:
             return "size";
+        case CommandName::kList:
+            return "list";
     }
     return "";
 }

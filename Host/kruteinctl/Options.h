@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-enum class CommandName { kBackup, kRestore, kSize };
+enum class CommandName { kBackup, kRestore, kSize, kList };
 
 enum class Output { kPeople, kQuiet, kJson };
 
@@ -11,7 +11,10 @@ enum class Output { kPeople, kQuiet, kJson };
 struct Options {
     CommandName command = CommandName::kBackup;
     std::string udid;
-    std::string folder;
+    std::string folder;       ///< to back up to, or to look in
+    std::string types;        ///< of a typed backup, as typed; "" for a full one through the facade
+    bool keepFailed = false;  ///< leaves what a failed typed backup has made
+    bool force = false;       ///< restores also what was not made for it
     Output output = Output::kPeople;
 };
 

@@ -15,7 +15,8 @@
 struct Summary {
     CommandName command = CommandName::kBackup;
     std::string udid;
-    std::string path;  ///< of the backup
+    std::string path;   ///< of the backup
+    std::string types;  ///< in words; "" for a backup through the facade
     std::optional<std::uint64_t> files;
     std::optional<std::uint64_t> bytes;
     std::chrono::seconds elapsed{0};

@@ -13,6 +13,7 @@ std::string SummaryText(const Summary& summary) {
     if (summary.command == CommandName::kRestore) {
         return fmt::format("Restored {} in {} from\n  {}\n", summary.udid, time, Printable(summary.path));
     }
-    return fmt::format("Backed up {} in {}: {} files, {}, in\n  {}\n", summary.udid, time,
-                       summary.files.value_or(0), bytes, Printable(summary.path));
+    const std::string what = summary.types.empty() ? summary.udid : summary.types + " of " + summary.udid;
+    return fmt::format("Backed up {} in {}: {} files, {}, in\n  {}\n", what, time, summary.files.value_or(0),
+                       bytes, Printable(summary.path));
 }

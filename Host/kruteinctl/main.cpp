@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "Host/kruteinctl/Commands.h"
+#include "Host/kruteinctl/ListCommand.h"
 #include "Host/kruteinctl/Options.h"
 #include "Host/kruteinctl/Presenter.h"
 #include "Host/kruteinctl/Session.h"
@@ -12,25 +13,49 @@
 
 namespace {
 
-Summary RunCommand(const Options& options, Session& session) {
-    switch (options.command) {
+using RunCommand = Summary (*)(const Options&, Session&);
+
+/// Null for a command that does not run the backup tool.
+RunCommand RunFor(CommandName command) {
+    switch (command) {
         case CommandName::kBackup:
-            return RunBackupCommand(options, session);
+            return &RunBackupCommand;
         case CommandName::kRestore:
-            return RunRestoreCommand(options, session);
+            return &RunRestoreCommand;
         case CommandName::kSize:
-            return RunSizeCommand(options, session);
+            return &RunSizeCommand;
+        default:
+            return nullptr;
     }
-    throw Failure(ExitCode::kUsage, "no such command");
 }
 
-ExitCode RunWith(const Options& options, Presenter& presenter, StopSignals& signals) {
+void Run(RunCommand command, const Options& options, Presenter& presenter, StopSignals& signals) {
+    const CollectedErrors collected([&](const std::string& line) { presenter.ToolLine(line); });
+    Session session(presenter, signals);
+    Summary summary = command(options, session);
+    summary.elapsed = session.Elapsed();
+    presenter.Done(summary);
+}
+
+/// The commands that only read what is on disk. A signal ends them as it ends any program.
+void Look(const Options& options, const Streams& streams) {
+    switch (options.command) {
+        case CommandName::kList:
+            return RunListCommand(options, streams);
+        default:
+            throw Failure(ExitCode::kUsage, "no such command");
+    }
+}
+
+ExitCode Perform(const Options& options, const Streams& streams, StopSignals& signals) {
+    const std::unique_ptr<Presenter> owned = MakePresenter(options.output, streams);
+    Presenter& presenter = *owned;
     try {
-        const CollectedErrors collected([&](const std::string& line) { presenter.ToolLine(line); });
-        Session session(presenter, signals);
-        Summary summary = RunCommand(options, session);
-        summary.elapsed = session.Elapsed();
-        presenter.Done(summary);
+        if (const RunCommand run = RunFor(options.command)) {
+            Run(run, options, presenter, signals);
+        } else {
+            Look(options, streams);
+        }
         return ExitCode::kDone;
     } catch (const Failure& failure) {
         presenter.Failed(options.command, failure);
@@ -45,7 +70,7 @@ ExitCode Main(int count, const char* const* words, const Streams& streams, StopS
     try {
         std::string text;
         const std::optional<Options> options = ParseOptions(count, words, text);
-        if (options) return RunWith(*options, *MakePresenter(options->output, streams), signals);
+        if (options) return Perform(*options, streams, signals);
         fmt::print(streams.Out(), "{}", text);
         return ExitCode::kDone;
     } catch (const Failure& failure) {
