@@ -19,6 +19,7 @@
 #include "Host/kruteinctl/Types.h"
 #include "Host/kruteinctl/Udid.h"
 #include "Host/kruteinctl/WorkFolder.h"
+#include "Module/BackupLib/BackupType.h"
 
 namespace fs = std::filesystem;
 
@@ -64,8 +65,14 @@ Summary BackUpTypes(const Options& options, Session& session, const std::string&
                     const std::string& folder) {
     HostDevice device(udid);
     const int type = ParseTypes(options.types);
+    const bool recordOnly = type == kBackupTypeContact;
+    if (recordOnly) {
+        session.Note(
+            "contacts alone: nothing is copied, a record is written. To keep their files, add another "
+            "type: --types contacts,messages");
+    }
     const std::string job = RunJob(session, device, folder, type, options.keepFailed);
-    Summary summary = SummaryOf(options, udid, job + "/" + udid);
+    Summary summary = SummaryOf(options, udid, recordOnly ? job : job + "/" + udid);
     summary.types = TypeWords(type);
     return summary;
 }

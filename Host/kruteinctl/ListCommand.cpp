@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <filesystem>
 #include <vector>
 
@@ -12,11 +11,13 @@
 #include "Host/kruteinctl/Table.h"
 #include "Host/kruteinctl/Text.h"
 #include "Host/kruteinctl/Types.h"
+#include "Module/BackupLib/BackupType.h"
 
 namespace {
 
 /// What a user wants to know first: whether there is something to look into.
 std::string StateOf(const Record& record) {
+    if (record.type == kBackupTypeContact) return "record only";
     if (!std::filesystem::is_directory(record.BackupPath())) return "missing";
     return record.isValid ? "valid" : "invalid";
 }

@@ -22,18 +22,24 @@ HostBundle::HostBundle() {
     fs::create_directories(m_folder.Path("devices"));
     fs::copy_file(KRUTEINCTL_PROGRAM, contents / "MacOS/kruteinctl");
     fs::create_symlink(SAMPLE_TOOL_PROGRAM, ToolPath());
+    HasConfiguration(ReadWholeFile(HOST_RESOURCES "/Config/vm_config.ini"));
 }
 
 void HostBundle::HasDevice(long long photos, long long bytesEach) {
+    const nlohmann::json contents = {{"photos", {{"count", photos}, {"bytesEach", bytesEach}}}};
+    HasDeviceWith(contents.dump());
+}
+
+void HostBundle::HasDeviceWith(const std::string& contents, const std::string& systemVersion) {
     const nlohmann::json device = {
         {"udid", kUdid},
         {"name", "A phone for tests"},
         {"productType", "iPhone14,5"},
-        {"systemVersion", "17.4.1"},
+        {"systemVersion", systemVersion},
         {"buildVersion", "21E236"},
         {"serialNumber", "TEST1"},
         {"disk", {{"totalBytes", kDiskBytes}, {"availableBytes", kDiskBytes / 2}}},
-        {"contents", {{"photos", {{"count", photos}, {"bytesEach", bytesEach}}}}},
+        {"contents", nlohmann::json::parse(contents)},
     };
     m_folder.Write("devices/" + std::string(kUdid) + ".json", device.dump());
 }

@@ -11,6 +11,7 @@
 /// sample devices that the test describes, and a folder for backups.
 class HostBundle {
  public:
+    static constexpr const char* kConfiguration = "Krutein.app/Resources/Config/vm_config.ini";
     static constexpr const char* kUdid = "00008110-00000000000000AA";
 
     /// With the sample backup tool.
@@ -18,6 +19,10 @@ class HostBundle {
 
     /// Describes the sample device kUdid with so many photos.
     void HasDevice(long long photos, long long bytesEach = 1000);
+    /// Describes the sample device kUdid with these contents, in the terms of its description.
+    void HasDeviceWith(const std::string& contents, const std::string& systemVersion = "17.4.1");
+    /// Replaces what the types of backups keep.
+    void HasConfiguration(const std::string& ini) { m_folder.Write(kConfiguration, ini); }
     /// Puts a tool that follows the test's script in the sample tool's place.
     void HasScriptedTool();
     void HasNoTool();

@@ -9,9 +9,9 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
-#include <sstream>
 
 #include "Tests/Host/kruteinctl/HostBundle.h"
+#include "Tests/Host/kruteinctl/Output.h"
 #include "Tests/support/ToolScript.h"
 
 using testing::AllOf;
@@ -26,24 +26,6 @@ using Json = nlohmann::json;
 namespace {
 
 const std::string kUdid = HostBundle::kUdid;
-
-std::vector<std::string> Lines(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-/// Every line as an object; a failed test where one is none.
-std::vector<Json> Objects(const std::string& text) {
-    std::vector<Json> objects;
-    for (const std::string& line : Lines(text)) {
-        objects.push_back(Json::parse(line, nullptr, false));
-        EXPECT_TRUE(objects.back().is_object()) << line;
-    }
-    return objects;
-}
 
 class HostTest : public testing::Test {
  protected:
