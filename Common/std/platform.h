@@ -1,16 +1,29 @@
 #pragma once
 
+#include <dirent.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <string>
 
-/// What the system services need of each other and of the platform. Internal. OpenPipe is implemented once
-/// per platform (std_objc_<platform>), the rest in std_objc.cpp.
+/// What the system services need of each other and of the platform. Internal. OpenPipe and what is done in
+/// folders is implemented once per platform (std_objc_<platform>), the rest in std_objc.cpp.
 namespace krutein {
 
 /// Creates a pipe whose ends no other child of this process inherits.
 /// \param ends  read end, then write end; untouched on failure.
 bool OpenPipe(int (&ends)[2]);
+
+/// Opens a folder for reading. \return null when it cannot be opened, or is a link that is not to be
+/// followed.
+DIR* OpenFolderStream(const std::string& path, bool followLink);
+
+/// lstat of a name in an open folder. \param path  of the folder, for systems that cannot look in it
+/// otherwise.
+bool StatIn(DIR* folder, const std::string& path, const char* name, struct stat& info);
+
+/// unlink of a name in an open folder. \param path  as above.
+bool RemoveIn(DIR* folder, const std::string& path, const char* name);
 
 constexpr int kNoDescriptor = -1;
 

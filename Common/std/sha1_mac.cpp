@@ -4,9 +4,12 @@
 
 namespace krutein {
 
-void Sha1(const void* data, std::size_t length, unsigned char (&digest)[kSha1Bytes]) {
-    // The one-shot call takes a 32-bit length; lengths here are never above INT_MAX.
-    CC_SHA1(data, static_cast<CC_LONG>(length), digest);
+void Sha1(std::initializer_list<Sha1Piece> pieces, unsigned char (&digest)[kSha1Bytes]) {
+    CC_SHA1_CTX context;
+    CC_SHA1_Init(&context);
+    for (const Sha1Piece& piece : pieces)
+        CC_SHA1_Update(&context, piece.data, static_cast<CC_LONG>(piece.length));
+    CC_SHA1_Final(digest, &context);
 }
 
 }  // namespace krutein

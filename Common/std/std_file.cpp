@@ -1,7 +1,5 @@
 #include "Common/std/std_file.h"
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,10 +8,14 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Common/std/folder.h"
 #include "Common/std/format.h"
 #include "Common/std/std_objc.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_string.h"
+
+using krutein::FolderNames;
+using krutein::OpenedFolder;
 
 namespace {
 
@@ -24,11 +26,6 @@ struct CloseStream {
     void operator()(FILE* file) const { std::fclose(file); }
 };
 using Stream = std::unique_ptr<FILE, CloseStream>;
-
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 struct FreeMemory {
     void operator()(void* memory) const { std::free(memory); }
@@ -61,45 +58,6 @@ bool MakeFolder(const std::string& path) {
     return mkdir(path.c_str(), kFolderMode) == 0 || errno == EEXIST;
 }
 
-struct Entry {
-    std::string name;
-    bool isFolder = false;
-    long long bytes = 0;  ///< of a file
-};
-
-/// What the listing takes for a folder. The test of one bit also takes block devices and sockets for folders,
-/// whose contents then cannot be read.
-bool IsFolderType(unsigned type) {
-    return (type & DT_DIR) != 0;
-}
-
-unsigned DirentType(mode_t mode) {
-    return static_cast<unsigned>(IFTODT(mode));
-}
-
-/// Reads one folder to its end before anything else is opened, so that a deep tree holds one descriptor only.
-/// \return false when the folder cannot be opened.
-bool ReadFolder(const std::string& path, std::vector<Entry>& entries) {
-    const Folder folder(opendir(path.c_str()));
-    if (folder == nullptr) return false;
-    const int descriptor = dirfd(folder.get());
-    while (const dirent* found = readdir(folder.get())) {
-        Entry entry;
-        entry.name = found->d_name;
-        if (entry.name == "." || entry.name == "..") continue;
-        unsigned type = found->d_type;
-        entry.isFolder = IsFolderType(type);
-        struct stat info {};
-        if (!entry.isFolder && fstatat(descriptor, found->d_name, &info, AT_SYMLINK_NOFOLLOW) == 0) {
-            if (type == DT_UNKNOWN) type = DirentType(info.st_mode);
-            entry.isFolder = IsFolderType(type);
-            entry.bytes = static_cast<long long>(info.st_size);
-        }
-        entries.push_back(std::move(entry));
-    }
-    return true;
-}
-
 struct Listing {
     std::vector<std::string>& files;
     std::vector<std::string>& dirs;
@@ -107,19 +65,44 @@ struct Listing {
 };
 
 bool List(const std::string& dir, Listing& listing, bool recursive) {
-    std::vector<Entry> entries;
-    if (!ReadFolder(dir, entries)) return false;
-    for (const Entry& entry : entries) {
-        std::string path = dir + STD_PATH_GetDefaultSeparatorA() + entry.name;
+    OpenedFolder folder;
+    if (!folder.Open(dir, true)) return false;
+    FolderNames names;
+    folder.Read(names);
+    std::vector<long long> sizes;
+    for (const FolderNames::Entry& entry : names.Entries())
+        sizes.push_back(entry.isFolder ? 0 : folder.BytesOf(names.NameOf(entry)));
+    folder.Close();
+    const std::string prefix = dir + STD_PATH_GetDefaultSeparatorA();
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        const FolderNames::Entry& entry = names.Entries()[i];
+        std::string path = prefix + names.NameOf(entry);
         if (!entry.isFolder) {
             listing.files.push_back(std::move(path));
-            listing.total += entry.bytes;
+            listing.total += sizes[i];
             continue;
         }
         listing.dirs.push_back(path);
         if (recursive) List(path, listing, true);
     }
     return true;
+}
+
+/// The bytes of all files below a folder, without keeping their names.
+long long Measure(const std::string& dir) {
+    OpenedFolder folder;
+    if (!folder.Open(dir, true)) return 0;
+    FolderNames names;
+    folder.Read(names);
+    long long total = 0;
+    for (const FolderNames::Entry& entry : names.Entries()) {
+        if (!entry.isFolder) total += folder.BytesOf(names.NameOf(entry));
+    }
+    folder.Close();
+    for (const FolderNames::Entry& entry : names.Entries()) {
+        if (entry.isFolder) total += Measure(dir + STD_PATH_GetDefaultSeparatorA() + names.NameOf(entry));
+    }
+    return total;
 }
 
 /// Copies until the end of the source or until a write takes less than it was given.
@@ -194,11 +177,8 @@ bool STD_FILE_GetDirInfoW(std::wstring dir, std::vector<std::wstring>& /*files*/
 }
 
 long long STD_FILE_GetDirSizeA(std::string dir) {
-    std::vector<std::string> files;
-    std::vector<std::string> dirs;
-    long long total = 0;
-    STD_FILE_GetDirInfoA(std::move(dir), files, dirs, total, true);
-    return total;
+    STD_PATH_RemoveSlashA(dir);
+    return Measure(dir);
 }
 
 long long STD_FILE_GetDirSizeW(std::wstring /*dir*/) {

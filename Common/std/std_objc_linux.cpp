@@ -101,6 +101,23 @@ bool OpenPipe(int (&ends)[2]) {
     return pipe2(ends, O_CLOEXEC) == 0;
 }
 
+DIR* OpenFolderStream(const std::string& path, bool followLink) {
+    const int descriptor =
+        open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followLink ? 0 : O_NOFOLLOW));
+    if (descriptor < 0) return nullptr;
+    DIR* const stream = fdopendir(descriptor);
+    if (stream == nullptr) close(descriptor);
+    return stream;
+}
+
+bool StatIn(DIR* folder, const std::string& /*path*/, const char* name, struct stat& info) {
+    return fstatat(dirfd(folder), name, &info, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool RemoveIn(DIR* folder, const std::string& /*path*/, const char* name) {
+    return unlinkat(dirfd(folder), name, 0) == 0;
+}
+
 }  // namespace krutein
 
 std::string STD_OBJC_GetCurrentAppPath() {

@@ -60,6 +60,22 @@ bool OpenPipe(int (&ends)[2]) {
     return true;
 }
 
+// The calls that look a name up in an open folder came with 10.10.
+
+DIR* OpenFolderStream(const std::string& path, bool followLink) {
+    struct stat info {};
+    if (!followLink && (lstat(path.c_str(), &info) != 0 || S_ISLNK(info.st_mode))) return nullptr;
+    return opendir(path.c_str());
+}
+
+bool StatIn(DIR* /*folder*/, const std::string& path, const char* name, struct stat& info) {
+    return lstat((path + "/" + name).c_str(), &info) == 0;
+}
+
+bool RemoveIn(DIR* /*folder*/, const std::string& path, const char* name) {
+    return unlink((path + "/" + name).c_str()) == 0;
+}
+
 }  // namespace krutein
 
 std::string STD_OBJC_GetCurrentAppPath() {

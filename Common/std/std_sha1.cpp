@@ -15,13 +15,13 @@ using Digest = unsigned char[krutein::kSha1Bytes];
 
 std::string HexOf(const Digest& digest) {
     static constexpr char kDigits[] = "0123456789abcdef";
-    std::string hex;
-    hex.reserve(2 * krutein::kSha1Bytes);
+    char hex[2 * krutein::kSha1Bytes];
+    char* to = hex;
     for (const unsigned char byte : digest) {
-        hex.push_back(kDigits[byte >> 4]);
-        hex.push_back(kDigits[byte & 0x0F]);
+        *to++ = kDigits[byte >> 4];
+        *to++ = kDigits[byte & 0x0F];
     }
-    return hex;
+    return {hex, sizeof hex};
 }
 
 void HandOut(const Digest& digest, void** out, int* length) {
@@ -37,7 +37,7 @@ void HandOut(const Digest& digest, void** out, int* length) {
 std::string STD_FILE_CalcSha1A(const void* data, int length, void** digest, int* digestLength) {
     Digest bytes;
     const bool empty = data == nullptr || length < 1;
-    krutein::Sha1(empty ? "" : data, empty ? 0 : static_cast<std::size_t>(length), bytes);
+    krutein::Sha1({{empty ? "" : data, empty ? 0 : static_cast<std::size_t>(length)}}, bytes);
     HandOut(bytes, digest, digestLength);
     return HexOf(bytes);
 }
@@ -48,13 +48,15 @@ std::wstring STD_FILE_CalcSha1W(const void* data, int length, void** digest, int
 
 std::string STD_FILE_CalcStringSha1A(const std::string& text) {
     Digest bytes;
-    krutein::Sha1(text.data(), text.size(), bytes);
+    krutein::Sha1({{text.data(), text.size()}}, bytes);
     return HexOf(bytes);
 }
 
 std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const std::string& relativePath) {
-    domain.append("-").append(relativePath);
-    return STD_FILE_CalcStringSha1A(domain);
+    Digest bytes;
+    krutein::Sha1({{domain.data(), domain.size()}, {"-", 1}, {relativePath.data(), relativePath.size()}},
+                  bytes);
+    return HexOf(bytes);
 }
 
 bool STD_FILE_CalcFileSha1A(std::string path, void*& digest, int& digestLength) {

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <memory>
 
 #include "Common/log/Log.h"
+#include "Common/std/folder.h"
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_sha1.h"
@@ -26,9 +28,14 @@ constexpr std::size_t kLeastIdChars = 20;
 constexpr std::uint32_t kCacheMagic = 0xEEEEEEEE;
 constexpr std::uint32_t kCacheEnd = 0xFFFFFFFF;
 
+void ToLowerCase(std::string& text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+}
+
 std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    ToLowerCase(text);
     return text;
 }
 
@@ -43,6 +50,55 @@ bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
 std::string TextOf(const char* text) {
     return text == nullptr ? std::string() : std::string(text);
 }
+
+/// Deletes what is not needed in a folder and below it, in the order of a listing. Nothing outside is
+/// touched, whatever names and links there are.
+class Pruning {
+ public:
+    /// \param need     what is found is removed from it: each needed ID keeps one file, a second one goes.
+    /// \param folders  receives the folders below, each before those in it.
+    Pruning(std::set<std::string>& need, std::vector<std::string>& folders)
+        : m_need(need), m_folders(folders) {}
+
+    void Prune(const std::string& path) { Prune(path, true); }
+
+ private:
+    void Prune(const std::string& path, bool followLink) {
+        krutein::OpenedFolder folder;
+        if (!folder.Open(path, followLink)) return;
+        krutein::FolderNames names;
+        folder.Read(names);
+        for (const krutein::FolderNames::Entry& entry : names.Entries()) {
+            const char* const name = names.NameOf(entry);
+            if (entry.isFolder) {
+                folder.Close();  // meanwhile: a deep tree must not use up the descriptors
+                m_folders.push_back(path + "/" + name);
+                Prune(std::string(m_folders.back()), false);
+                continue;
+            }
+            if (IsKept(name)) continue;
+            const bool open = folder.IsOpen() || folder.Open(path, followLink);
+            if (!open || !IsDeletable(name) || !folder.Remove(name)) {
+                KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!", (path + "/" + name).c_str());
+            }
+        }
+    }
+
+    /// A name with a backslash is another path once it is normalised, perhaps that of a needed file, or one
+    /// outside: such a file stays.
+    static bool IsDeletable(const char* name) { return std::strchr(name, '\\') == nullptr; }
+
+    bool IsKept(const char* name) {
+        m_name = name;
+        if (m_name.size() < kLeastIdChars) return true;
+        ToLowerCase(m_name);
+        return m_need.erase(m_name) > 0;
+    }
+
+    std::set<std::string>& m_need;
+    std::vector<std::string>& m_folders;
+    std::string m_name;  ///< one buffer for all names
+};
 
 struct FreeCatalogue {
     void operator()(mbdb_t* mbdb) const { mbdb_free(mbdb); }
@@ -124,17 +180,8 @@ int CBackupMgr::GetNeedFilesIOS9(std::set<std::string>& need) {
 }
 
 void CBackupMgr::DeleteNoNeedFile(std::set<std::string>& need) {
-    std::vector<std::string> files;
     std::vector<std::string> folders;
-    long long bytes = 0;
-    STD_FILE_GetDirInfoA(m_backupFolder, files, folders, bytes, true);
-    for (const std::string& file : files) {
-        const std::string name = LowerCase(STD_PATH_GetNameA(file, true));
-        if (name.size() < kLeastIdChars) continue;
-        // Each needed ID keeps one file: a second one of the name goes.
-        if (need.erase(name) > 0) continue;
-        if (!STD_FILE_DeleteFileA(file)) KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!", file.c_str());
-    }
+    Pruning(need, folders).Prune(m_backupFolder);
     if (m_legacyManifest) return;
     for (const std::string& folder : folders)
         STD_FILE_DeleteEmptyDirA(folder);

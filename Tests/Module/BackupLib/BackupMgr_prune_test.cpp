@@ -195,6 +195,31 @@ TEST_P(PruneTest, AFileThatCannotBeDeletedIsLoggedAndTheOthersGo) {
     EXPECT_FALSE(Has(phone.photo));
 }
 
+TEST_P(PruneTest, NamesWithBackslashesReachNoOtherFile) {
+    const PhoneContent phone(backup);
+    tool.CopyBackup(backup.Write(layout))
+        .Shell("touch $JOB/a_file_outside_of_the_backup $BACKUP/'..\\a_file_outside_of_the_backup'")
+        .Shell("touch $BACKUP/'" + phone.messages.substr(0, 2) + "\\" + phone.messages + "'")
+        .Shell("touch $BACKUP/'x\\" + phone.messages + "'")
+        .ExitMessage(0);
+    EXPECT_EQ(Start(kSms), 0);
+    EXPECT_TRUE(fs::exists(JobFolder() + "/a_file_outside_of_the_backup"));
+    EXPECT_TRUE(Has(phone.messages));
+}
+
+TEST_P(PruneTest, LinksAreDeletedAndNotFollowed) {
+    const PhoneContent phone(backup);
+    tool.CopyBackup(backup.Write(layout))
+        .Shell("mkdir $JOB/outside && touch $JOB/outside/a_file_outside_of_the_backup")
+        .Shell("ln -s ../outside $BACKUP/a_link_to_a_folder_outside")
+        .Shell("ln -s ../outside/a_file_outside_of_the_backup $BACKUP/a_link_to_a_file_outside")
+        .ExitMessage(0);
+    EXPECT_EQ(Start(kSms), 0);
+    EXPECT_TRUE(fs::exists(JobFolder() + "/outside/a_file_outside_of_the_backup"));
+    EXPECT_FALSE(fs::is_symlink(DeviceFolder() + "/a_link_to_a_folder_outside"));
+    EXPECT_FALSE(fs::is_symlink(DeviceFolder() + "/a_link_to_a_file_outside"));
+}
+
 TEST_P(NewLayoutTest, EmptyFoldersGo) {
     const PhoneContent phone(backup);
     tool.CopyBackup(backup.Write(layout)).Shell("mkdir -p $BACKUP/empty $BACKUP/outer/inner").ExitMessage(0);

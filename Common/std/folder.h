@@ -1,0 +1,59 @@
+#pragma once
+
+#include <dirent.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// Reading folders for the helpers and for pruning: the names first, what is done with them afterwards, so
+/// that a folder can be changed while its names are looked at, and a deep tree holds one descriptor only.
+/// Internal.
+namespace krutein {
+
+/// The names in one folder, in the order in which the system yields them, without "." and "..".
+class FolderNames {
+ public:
+    struct Entry {
+        std::size_t name;  ///< offset of the text
+        bool isFolder;     ///< what a listing takes for one: block devices and sockets too
+    };
+
+    const std::vector<Entry>& Entries() const { return m_entries; }
+    const char* NameOf(const Entry& entry) const { return m_names.data() + entry.name; }
+
+    void Clear();
+    void Add(const char* name, bool isFolder);
+
+ private:
+    std::string m_names;  ///< each with its NUL
+    std::vector<Entry> m_entries;
+};
+
+/// A folder that is open. Where the system can, names are looked up in it and not by a path, which might lead
+/// elsewhere by then.
+class OpenedFolder {
+ public:
+    OpenedFolder() = default;
+    ~OpenedFolder() { Close(); }
+    OpenedFolder(const OpenedFolder&) = delete;
+    OpenedFolder& operator=(const OpenedFolder&) = delete;
+
+    /// Closes what is open and opens this one. \return false when it cannot be opened.
+    bool Open(const std::string& path, bool followLink);
+    void Close();
+    bool IsOpen() const { return m_stream != nullptr; }
+
+    // The folder is open for these.
+    void Read(FolderNames& names) const;
+    /// Size in bytes of a file, a link's own; 0 when it cannot be told.
+    long long BytesOf(const char* name) const;
+    /// Removes a file or link. \return false when it is still there.
+    bool Remove(const char* name) const;
+
+ private:
+    std::string m_path;
+    DIR* m_stream = nullptr;
+};
+
+}  // namespace krutein
