@@ -1,0 +1,60 @@
+#include <openssl/evp.h>
+
+#include <cstdlib>
+
+#include "Benchmarks/compare.d/Comparisons.h"
+#include "Benchmarks/compare.d/Data.h"
+#include "Common/std/std_sha1.h"
+
+namespace {
+
+std::vector<MadeFile> Files(int count) {
+    std::vector<MadeFile> files;
+    for (int n = 0; n < count; ++n)
+        files.push_back(FileNumber(n));
+    return files;
+}
+
+/// The bare hash over the same texts, put together beforehand.
+double BareHash(int count) {
+    std::vector<std::string> texts;
+    for (const MadeFile& file : Files(count))
+        texts.push_back(file.domain + "-" + file.path);
+    unsigned sum = 0;
+    const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
+    EVP_MD_CTX* const context = EVP_MD_CTX_new();
+    const double seconds = Timed([&] {
+        unsigned char digest[EVP_MAX_MD_SIZE];
+        for (const std::string& text : texts) {
+            EVP_DigestInit_ex(context, algorithm, nullptr);
+            EVP_DigestUpdate(context, text.data(), text.size());
+            EVP_DigestFinal_ex(context, digest, nullptr);
+            sum += digest[0];
+        }
+    });
+    if (sum == 0) std::exit(1);
+    return seconds;
+}
+
+double OurIds(int count) {
+    const std::vector<MadeFile> files = Files(count);
+    std::size_t length = 0;
+    const double seconds = Timed([&] {
+        for (const MadeFile& file : files)
+            length += STD_FILE_CalcDomainPathSha1A(file.domain, file.path).size();
+    });
+    if (length != 40 * files.size()) std::exit(1);
+    return seconds;
+}
+
+}  // namespace
+
+std::vector<Comparison> FileIdComparisons(const Scale& scale) {
+    Comparison comparison;
+    comparison.name = std::to_string(scale.ids) + " file IDs";
+    comparison.against = "the bare hash";
+    comparison.goal = 1.15;
+    comparison.ours = [count = scale.ids] { return OurIds(count); };
+    comparison.theirs = [count = scale.ids] { return BareHash(count); };
+    return {comparison};
+}
