@@ -19,6 +19,7 @@ forbid(Module/BackupLib Module/Sync/Backup Module/Sync/Sync Module/Sync/Device H
 forbid(Module/BackupLib/mbdb Common/std Common/ini Module/Sync Module/BackupLib/[A-Z] Host/ Tools/ Tests/)
 forbid(Module/Sync Host/ Tools/ Tests/)
 forbid(Host Tools/ Tests/)
+forbid(Host/BackupFormat Host/Archiver Host/kruteinctl Host/SampleDevice)
 
 # The reference host uses public headers only.
 forbid(Host/kruteinctl Common/std/platform Common/std/format Common/std/text Common/std/sha1

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Host/Archiver/FileStore.h"
-#include "Host/Archiver/UniqueFd.h"
+#include "Host/UniqueFd.h"
 
 namespace krutein {
 

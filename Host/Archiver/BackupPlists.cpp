@@ -8,14 +8,10 @@
 
 #include "Common/std/std_sha1.h"
 #include "Host/Archiver/Plist.h"
-#include "Host/BackupFormat/BinaryPlistReader.h"
+#include "Host/BackupFormat/SnapshotState.h"
 
 namespace krutein {
 namespace {
-
-constexpr char kStateKey[] = "SnapshotState";
-constexpr char kFinishedState[] = "finished";
-constexpr char kUploadingState[] = "uploading";
 
 std::string Upper(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -80,7 +76,7 @@ std::string StatusPlist(const SampleDevice& device, std::time_t time, SnapshotSt
     status.Set("BackupState", "new");
     status.SetDate("Date", time);
     status.Set("IsFullBackup", true);
-    status.Set(kStateKey, state == SnapshotState::kFinished ? kFinishedState : kUploadingState);
+    status.Set(kSnapshotStateKey, state == SnapshotState::kFinished ? kFinishedState : kUploadingState);
     status.Set("UUID", UuidOf(BackupId(device, time)));
     status.Set("Version", "3.3");
     return status.ToBinary();
@@ -109,13 +105,6 @@ std::string ManifestPlist(const SampleDevice& device, std::time_t time,
     manifest.Set("Version", "10.0");
     manifest.Set("WasPasscodeSet", false);
     return manifest.ToBinary();
-}
-
-bool SaysFinished(const std::string& status) {
-    const std::optional<BinaryPlistReader> plist = BinaryPlistReader::Open(status);
-    if (!plist) return false;
-    const auto state = plist->Member(plist->Top(), kStateKey);
-    return state && plist->Text(*state) == kFinishedState;
 }
 
 BackupFacts ReadFacts(const std::string& info) {

@@ -21,9 +21,6 @@ std::string StatusPlist(const SampleDevice& device, std::time_t time, SnapshotSt
 /// \param apps  the bundle IDs of the apps with files in the backup.
 std::string ManifestPlist(const SampleDevice& device, std::time_t time, const std::vector<std::string>& apps);
 
-/// True when these bytes are the status file of a finished backup.
-bool SaysFinished(const std::string& status);
-
 /// What Info.plist says of the device and the backup; texts that it does not have are "".
 struct BackupFacts {
     std::string deviceName;

@@ -10,7 +10,7 @@
 
 #include "Host/Archiver/StopFlag.h"
 #include "Host/Archiver/ToolError.h"
-#include "Host/Archiver/UniqueFd.h"
+#include "Host/UniqueFd.h"
 
 namespace krutein {
 namespace {

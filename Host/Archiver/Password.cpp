@@ -18,7 +18,7 @@
 
 #include "Host/Archiver/FolderTree.h"
 #include "Host/Archiver/ToolError.h"
-#include "Host/Archiver/UniqueFd.h"
+#include "Host/UniqueFd.h"
 
 namespace krutein {
 namespace {

@@ -11,6 +11,7 @@
 #include "Host/Archiver/ManifestDb.h"
 #include "Host/Archiver/StopFlag.h"
 #include "Host/Archiver/ToolError.h"
+#include "Host/BackupFormat/SnapshotState.h"
 
 namespace krutein {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "Host/Archiver/BackupPlists.h"
 #include "Host/Archiver/Catalogue.h"
-#include "Host/Archiver/UniqueFd.h"
+#include "Host/UniqueFd.h"
 
 namespace krutein {
 
