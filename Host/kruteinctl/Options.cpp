@@ -13,6 +13,7 @@
 
 namespace {
 
+constexpr char kBackupHelp[] = "Folder of a backup, or the one around it with its record";
 constexpr char kSeeHelp[] = "Run 'kruteinctl --help' for the commands";
 
 std::string ExitCodeHelp() {
@@ -33,6 +34,9 @@ class Parser {
         AddRestore();
         AddSize();
         AddList();
+        AddFiles();
+        AddVerify();
+        AddShow();
     }
 
     std::optional<Options> Parse(int count, const char* const* words, std::string& text) {
@@ -67,9 +71,11 @@ class Parser {
         sub->add_option("UDID", m_options.udid,
                         "The device's identifier: 40 hexadecimal digits, or 8 and 16 with a dash between")
             ->required();
-        sub->add_flag("-q,--quiet", m_quiet, "Print nothing but errors");
+        AddQuiet(sub);
         return sub;
     }
+
+    void AddQuiet(CLI::App* command) { command->add_flag("-q,--quiet", m_quiet, "Print nothing but errors"); }
 
     void AddBackup() {
         CLI::App* const backup = AddRun(CommandName::kBackup, "Make a backup of a device",
@@ -104,6 +110,32 @@ class Parser {
             ->required();
     }
 
+    void AddFiles() {
+        CLI::App* const files = AddCommand(CommandName::kFiles, "List what a backup's catalogue lists",
+                                           "files ~/Backups/00008110-000A2D3E1E08801E --path sms.db");
+        files
+            ->add_option("BACKUP", m_options.folder,
+                         std::string(kBackupHelp) + "; or a Manifest.db or Manifest.mbdb")
+            ->required();
+        files->add_option("--domain", m_options.domain,
+                          "Only entries with this in their domain, in any case");
+        files->add_option("--path", m_options.path, "Only entries with this in their path, in any case");
+    }
+
+    void AddVerify() {
+        CLI::App* const verify = AddCommand(CommandName::kVerify, "Check a backup's files and app databases",
+                                            "verify ~/Backups/00008110-000A2D3E1E08801E");
+        verify->add_option("BACKUP", m_options.folder, kBackupHelp)->required();
+        AddQuiet(verify);
+    }
+
+    void AddShow() {
+        AddCommand(CommandName::kShow, "Show a backup's record and what it keeps of each app",
+                   "show ~/Backups/00008110-000A2D3E1E08801E")
+            ->add_option("BACKUP", m_options.folder, kBackupHelp)
+            ->required();
+    }
+
     void AddFrom(CLI::App* command) {
         command
             ->add_option("--from", m_options.folder,
@@ -130,7 +162,7 @@ class Parser {
 
     static void TrimEnd(std::string& text) { text.erase(text.find_last_not_of(" \n") + 1); }
 
-    CLI::App m_app{"kruteinctl: backs up and restores iOS devices", "kruteinctl"};
+    CLI::App m_app{"kruteinctl: backs up, restores and inspects iOS devices", "kruteinctl"};
     Options m_options;
     bool m_quiet = false;
     bool m_json = false;
@@ -148,6 +180,12 @@ const char* NameOf(CommandName command) {
             return "size";
         case CommandName::kList:
             return "list";
+        case CommandName::kFiles:
+            return "files";
+        case CommandName::kVerify:
+            return "verify";
+        case CommandName::kShow:
+            return "show";
     }
     return "";
 }

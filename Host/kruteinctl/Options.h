@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-enum class CommandName { kBackup, kRestore, kSize, kList };
+enum class CommandName { kBackup, kRestore, kSize, kList, kFiles, kVerify, kShow };
 
 enum class Output { kPeople, kQuiet, kJson };
 
@@ -11,10 +11,12 @@ enum class Output { kPeople, kQuiet, kJson };
 struct Options {
     CommandName command = CommandName::kBackup;
     std::string udid;
-    std::string folder;       ///< to back up to, or to look in
+    std::string folder;       ///< to back up to, or to look in; for kFiles also a catalogue
     std::string types;        ///< of a typed backup, as typed; "" for a full one through the facade
     bool keepFailed = false;  ///< leaves what a failed typed backup has made
     bool force = false;       ///< restores also what was not made for it
+    std::string domain;       ///< a part of the domains that are wanted; "" for all
+    std::string path;         ///< the same of paths
     Output output = Output::kPeople;
 };
 

@@ -127,6 +127,12 @@ std::string Printable(const std::string& text) {
     return result;
 }
 
+std::string LowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
 std::size_t Columns(const std::string& text) {
     std::size_t columns = 0;
     for (const Glyph& glyph : GlyphsOf(text))

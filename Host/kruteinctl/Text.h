@@ -19,6 +19,9 @@ std::string HumanTime(std::chrono::seconds time);
 /// names come from devices and file systems.
 std::string Printable(const std::string& text);
 
+/// The text with its ASCII letters in lower case.
+std::string LowerCase(std::string text);
+
 /// How many columns a printable UTF-8 text takes.
 std::size_t Columns(const std::string& text);
 

@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "Host/kruteinctl/Commands.h"
+#include "Host/kruteinctl/Inspection.h"
 #include "Host/kruteinctl/ListCommand.h"
 #include "Host/kruteinctl/Options.h"
 #include "Host/kruteinctl/Presenter.h"
@@ -70,6 +71,7 @@ ExitCode Main(int count, const char* const* words, const Streams& streams, StopS
     try {
         std::string text;
         const std::optional<Options> options = ParseOptions(count, words, text);
+        if (options && IsInspection(options->command)) return RunInspection(*options, streams, signals);
         if (options) return Perform(*options, streams, signals);
         fmt::print(streams.Out(), "{}", text);
         return ExitCode::kDone;

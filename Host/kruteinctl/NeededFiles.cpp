@@ -1,0 +1,69 @@
+#include "Host/kruteinctl/NeededFiles.h"
+
+#include <algorithm>
+
+#include "Host/BackupFormat/SqliteView.h"
+#include "Host/kruteinctl/Apps.h"
+#include "Host/kruteinctl/Failure.h"
+#include "Host/kruteinctl/Text.h"
+#include "Host/kruteinctl/Types.h"
+#include "Module/BackupLib/BackupType.h"
+#include "Module/BackupLib/ConfigMgr.h"
+
+using krutein::BackupEntry;
+using krutein::FileId;
+
+namespace {
+
+/// The contacts' pictures, which every job for contacts keeps whatever is configured.
+constexpr char kContactImages[] = "cd6702cea29fe89cf280a76794405adb17f9a0ee";
+
+[[noreturn]] void NotConfigured(int type) {
+    throw Failure(ExitCode::kNotConfigured, "nothing is configured for " + TypeWords(type) +
+                                                ": look at Resources/Config/vm_config.ini");
+}
+
+/// True when one of the texts, which are in lower case, occurs in the value.
+bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
+    const std::string lower = LowerCase(value);
+    return std::any_of(texts.begin(), texts.end(),
+                       [&](const std::string& text) { return lower.find(text) != std::string::npos; });
+}
+
+}  // namespace
+
+NeededFiles::NeededFiles(const BackupTarget& backup, int type, const krutein::Interrupt& interrupt) {
+    if (backup.layout == krutein::BackupLayout::kOlder) {
+        AskManifestMbdb(backup, type, interrupt);
+    } else {
+        AskManifestDb(backup, type, interrupt);
+    }
+    if ((type & kBackupTypeContact) != 0) m_ids.push_back(*FileId::Parse(kContactImages));
+    std::sort(m_ids.begin(), m_ids.end());
+}
+
+bool NeededFiles::Has(const FileId& id) const {
+    return std::binary_search(m_ids.begin(), m_ids.end(), id);
+}
+
+void NeededFiles::AskManifestDb(const BackupTarget& backup, int type, const krutein::Interrupt& interrupt) {
+    const std::string query = CConfigMgr::GetInstance()->GetSQL(SectionsOf(type));
+    if (query.empty()) NotConfigured(type);
+    const krutein::SqliteView manifest(krutein::SqliteFiles::At(backup.catalogue), interrupt);
+    krutein::SqliteRows rows = manifest.Select(query);
+    while (rows.Next()) {
+        if (const std::optional<FileId> id = FileId::Parse(rows.Text(0))) m_ids.push_back(*id);
+    }
+}
+
+void NeededFiles::AskManifestMbdb(const BackupTarget& backup, int type, const krutein::Interrupt& interrupt) {
+    std::vector<std::string> domains;
+    std::vector<std::string> paths;
+    if (!CConfigMgr::GetInstance()->GetAppDomainAndRelativePath(SectionsOf(type), domains, paths)) {
+        NotConfigured(type);
+    }
+    const auto catalogue = backup.OpenCatalogue(interrupt);
+    for (BackupEntry entry; catalogue->Next(entry);) {
+        if (OccursIn(entry.domain, domains) || OccursIn(entry.path, paths)) m_ids.push_back(*entry.id);
+    }
+}
