@@ -69,9 +69,8 @@ std::string HashedFiles::PathOf(const HashedFile& file) const {
 }
 
 void HashedFiles::List(int backup, std::size_t folder, const Interrupt& interrupt) {
-    const std::string path = m_folders[folder];
-    UniqueFd parent(
-        openat(backup, path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::string path = m_folders[folder].empty() ? "." : m_folders[folder];
+    UniqueFd parent(openat(backup, path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const std::unique_ptr<DIR, CloseFolder> entries(parent.IsOpen() ? fdopendir(parent.Get()) : nullptr);
     if (entries == nullptr) {
         m_unreadable.push_back(path + ": " + std::generic_category().message(errno));

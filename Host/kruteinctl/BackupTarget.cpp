@@ -101,6 +101,9 @@ void BackupTarget::RequireFolder() const {
 
 std::unique_ptr<krutein::BackupCatalogue> BackupTarget::OpenCatalogue(
     const krutein::Interrupt& interrupt) const {
+    if (!Exists(catalogue)) {
+        throw krutein::BackupDamage(fmt::format("{}/{} or {} is missing", folder, kNewerName, kOlderName));
+    }
     try {
         return krutein::BackupCatalogue::Open(catalogue, layout, interrupt);
     } catch (const krutein::BackupDamage&) {
@@ -130,9 +133,7 @@ BackupTarget FindTargetOrCatalogue(const std::string& named) {
     BackupTarget target;
     target.folder = Canonical(path.parent_path().string());
     target.catalogue = target.folder + "/" + path.filename().string();
-    if (!Exists(target.catalogue)) {
-        throw Failure(ExitCode::kBackupDamaged, fmt::format("{} is missing", Printable(target.catalogue)));
-    }
+    if (!Exists(target.catalogue)) throw krutein::BackupDamage(target.catalogue + " is missing");
     target.layout = older ? krutein::BackupLayout::kOlder : krutein::BackupLayout::kNewer;
     return target;
 }

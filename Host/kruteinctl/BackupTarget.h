@@ -30,4 +30,5 @@ struct BackupTarget {
 BackupTarget FindTarget(const std::string& named);
 
 /// The same; a catalogue's own path stands for a backup without a record too.
+/// \throws krutein::BackupDamage when there is no such catalogue.
 BackupTarget FindTargetOrCatalogue(const std::string& named);

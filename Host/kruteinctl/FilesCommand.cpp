@@ -83,8 +83,8 @@ void Count(const BackupEntry& entry, bool onDisk, Totals& totals) {
 void PrintTotals(const std::string& catalogue, const Totals& totals, Printer& printer) {
     printer.Print(
         [&] {
-            return fmt::format("{} entries: {} files with {}, {} of them not on disk", totals.entries,
-                               totals.files, ExactBytes(totals.bytes), totals.missing);
+            return fmt::format("entries: {}, files: {} ({}), not on disk: {}", totals.entries, totals.files,
+                               ExactBytes(totals.bytes), totals.missing);
         },
         [&] {
             Json summary = Printer::Message("summary");

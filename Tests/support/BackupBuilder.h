@@ -32,6 +32,11 @@ class BackupBuilder {
     /// Statements for the Manifest.db, after its rows.
     void ChangeManifest(const std::string& statement) { m_manifestStatements.push_back(statement); }
 
+    /// What a Manifest.db says of a file of this size in the column "file".
+    static std::string FileDescription(std::size_t bytes, unsigned mode = 0100644);
+    /// The Status.plist of a backup that is in this state: "finished" or another.
+    static std::string Status(const std::string& state);
+
     /// Writes the backup into a folder of its own. \return the folder.
     std::string Write(Layout layout);
 
@@ -46,6 +51,7 @@ class BackupBuilder {
         std::string domain;
         std::string path;
         bool isFile = false;
+        std::size_t bytes = 0;
     };
 
     void WriteManifestDb(const std::string& path) const;
