@@ -6,7 +6,9 @@
 
 #include "Host/BackupFormat/BackupDamage.h"
 #include "Host/BackupFormat/Interrupt.h"
+#include "Host/kruteinctl/DryRun.h"
 #include "Host/kruteinctl/FilesCommand.h"
+#include "Host/kruteinctl/ListCommand.h"
 #include "Host/kruteinctl/Presenter.h"
 #include "Host/kruteinctl/Printer.h"
 #include "Host/kruteinctl/ShowCommand.h"
@@ -36,21 +38,30 @@ class StopListener {
     int m_stops = 0;
 };
 
-ExitCode RunCommand(const Options& options, Printer& printer, const krutein::Interrupt& interrupt) {
+using Command = ExitCode (*)(const Options&, Printer&, const krutein::Interrupt&);
+
+/// Null for a command that runs the backup tool.
+Command CommandFor(const Options& options) {
     switch (options.command) {
+        case CommandName::kBackup:
+            return options.dryRun ? &RunDryRun : nullptr;
+        case CommandName::kList:
+            return &RunListCommand;
         case CommandName::kFiles:
-            return RunFilesCommand(options, printer, interrupt);
+            return &RunFilesCommand;
         case CommandName::kVerify:
-            return RunVerifyCommand(options, printer, interrupt);
+            return &RunVerifyCommand;
+        case CommandName::kShow:
+            return &RunShowCommand;
         default:
-            return RunShowCommand(options, printer, interrupt);
+            return nullptr;
     }
 }
 
 /// Whatever goes wrong as the end of the command that the user is told.
 ExitCode RunOrFail(const Options& options, Printer& printer, const krutein::Interrupt& interrupt) {
     try {
-        const ExitCode code = RunCommand(options, printer, interrupt);
+        const ExitCode code = CommandFor(options)(options, printer, interrupt);
         printer.Flush();
         return code;
     } catch (const Failure&) {
@@ -66,8 +77,8 @@ ExitCode RunOrFail(const Options& options, Printer& printer, const krutein::Inte
 
 }  // namespace
 
-bool IsInspection(CommandName command) {
-    return command == CommandName::kFiles || command == CommandName::kVerify || command == CommandName::kShow;
+bool IsInspection(const Options& options) {
+    return CommandFor(options) != nullptr;
 }
 
 ExitCode RunInspection(const Options& options, const Streams& streams, StopSignals& signals) {

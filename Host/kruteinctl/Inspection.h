@@ -5,8 +5,8 @@
 #include "Host/kruteinctl/StopSignals.h"
 #include "Host/kruteinctl/Streams.h"
 
-/// True for the commands that look into a backup: they start no tool and change nothing.
-bool IsInspection(CommandName command);
+/// True for what only looks into backups: it starts no tool and changes nothing.
+bool IsInspection(const Options& options);
 
 /// Runs one of them from its start to its end.
 ExitCode RunInspection(const Options& options, const Streams& streams, StopSignals& signals);

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "Host/kruteinctl/Failure.h"
-#include "Host/kruteinctl/JsonLine.h"
 #include "Host/kruteinctl/Record.h"
 #include "Host/kruteinctl/Table.h"
 #include "Host/kruteinctl/Text.h"
@@ -15,6 +14,8 @@
 
 namespace {
 
+using Json = Printer::Json;
+
 /// What a user wants to know first: whether there is something to look into.
 std::string StateOf(const Record& record) {
     if (record.type == kBackupTypeContact) return "record only";
@@ -22,23 +23,7 @@ std::string StateOf(const Record& record) {
     return record.isValid ? "valid" : "invalid";
 }
 
-void PrintTable(FILE* out, const FoundRecords& found) {
-    Table table({"Device", "System", "Types", "Time", "Size", "State", "Backup"});
-    for (const Record& record : found.records) {
-        table.Add({record.deviceName, record.version, TypeWords(record.type),
-                   HumanRecordTime(record.timeText), HumanBytes(record.Bytes()), StateOf(record),
-                   record.BackupPath()});
-    }
-    if (!found.records.empty()) fmt::print(out, "{}", table.Text());
-    for (const std::string& path : found.damaged)
-        fmt::print(out, "damaged record: {}\n", Printable(path));
-    for (const std::string& path : found.unlisted)
-        fmt::print(out, "without record: {}\n", Printable(path));
-    if (found.records.empty() && found.damaged.empty() && found.unlisted.empty())
-        fmt::print(out, "no backups\n");
-}
-
-nlohmann::ordered_json ObjectOf(const Record& record) {
+Json ObjectOf(const Record& record) {
     return {{"message_type", "backup"},
             {"path", record.BackupPath()},
             {"udid", record.deviceID},
@@ -53,27 +38,58 @@ nlohmann::ordered_json ObjectOf(const Record& record) {
             {"state", StateOf(record)}};
 }
 
-void PrintObjects(FILE* out, const FoundRecords& found) {
-    for (const Record& record : found.records)
-        fmt::print(out, "{}", JsonLine(ObjectOf(record)));
-    for (const std::string& path : found.damaged)
-        fmt::print(out, "{}", JsonLine({{"message_type", "damaged_record"}, {"path", path}}));
-    for (const std::string& path : found.unlisted)
-        fmt::print(out, "{}", JsonLine({{"message_type", "without_record"}, {"path", path}}));
-    fmt::print(out, "{}",
-               JsonLine({{"message_type", "summary"},
-                         {"command", NameOf(CommandName::kList)},
-                         {"backups", found.records.size()},
-                         {"damaged_records", found.damaged.size()},
-                         {"without_record", found.unlisted.size()}}));
+void PrintRecords(const FoundRecords& found, Printer& printer) {
+    Table table({"Device", "System", "Types", "Time", "Size", "State", "Backup"});
+    for (const Record& record : found.records) {
+        table.Add({record.deviceName, record.version, TypeWords(record.type),
+                   HumanRecordTime(record.timeText), HumanBytes(record.Bytes()), StateOf(record),
+                   record.BackupPath()});
+    }
+    const std::vector<std::string> lines = table.Lines();
+    if (!found.records.empty()) printer.PrintText(lines.front());
+    for (std::size_t i = 0; i < found.records.size(); ++i)
+        printer.Print([&] { return lines[i + 1]; }, [&] { return ObjectOf(found.records[i]); });
+}
+
+/// What has a path and nothing else to say.
+void PrintPaths(const std::vector<std::string>& paths, const char* words, const char* messageType,
+                Printer& printer) {
+    for (const std::string& path : paths) {
+        printer.Print([&] { return fmt::format("{}: {}", words, Printable(path)); },
+                      [&] {
+                          Json object = Printer::Message(messageType);
+                          object["path"] = path;
+                          return object;
+                      });
+    }
+}
+
+void PrintSum(const FoundRecords& found, Printer& printer) {
+    printer.Print(
+        [&] {
+            return fmt::format("backups: {}, damaged records: {}, without record: {}", found.records.size(),
+                               found.damaged.size(), found.unlisted.size());
+        },
+        [&] {
+            Json summary = Printer::Message("summary");
+            summary["command"] = NameOf(CommandName::kList);
+            summary["backups"] = found.records.size();
+            summary["damaged_records"] = found.damaged.size();
+            summary["without_record"] = found.unlisted.size();
+            return summary;
+        });
 }
 
 }  // namespace
 
-void RunListCommand(const Options& options, const Streams& streams) {
+ExitCode RunListCommand(const Options& options, Printer& printer, const krutein::Interrupt& interrupt) {
     std::error_code error;
     if (!std::filesystem::is_directory(options.folder, error))
         throw Failure(ExitCode::kNoBackup, fmt::format("there is no folder {}", Printable(options.folder)));
-    const FoundRecords found = FindRecords(options.folder);
-    options.output == Output::kJson ? PrintObjects(streams.Out(), found) : PrintTable(streams.Out(), found);
+    const FoundRecords found = FindRecords(options.folder, interrupt);
+    PrintRecords(found, printer);
+    PrintPaths(found.damaged, "damaged record", "damaged_record", printer);
+    PrintPaths(found.unlisted, "without record", "without_record", printer);
+    PrintSum(found, printer);
+    return ExitCode::kDone;
 }

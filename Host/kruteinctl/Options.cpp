@@ -50,6 +50,8 @@ class Parser {
             text = out.str();
             return std::nullopt;
         }
+        if (m_options.folder.empty())
+            throw Failure(ExitCode::kUsage, "--to is required. " + std::string(kSeeHelp));
         if (m_json && m_quiet) throw Failure(ExitCode::kUsage, "--json and --quiet exclude each other");
         if (m_json) m_options.output = Output::kJson;
         if (m_quiet) m_options.output = Output::kQuiet;
@@ -82,13 +84,24 @@ class Parser {
                                         "backup 00008110-000A2D3E1E08801E --to ~/Backups\n"
                                         "  kruteinctl backup 00008110-000A2D3E1E08801E --to ~/Backups "
                                         "--types messages,whatsapp");
-        backup->add_option("--to", m_options.folder, "Folder in which the backup shall lie")->required();
+        CLI::Option* const to =
+            backup->add_option("--to", m_options.folder, "Folder in which the backup shall lie");
         CLI::Option* const types = backup->add_option(
             "--types", m_options.types,
             "Keep only the data of these apps: messages, whatsapp, wechat, contacts, separated by commas; "
             "or full. Adds a record, which 'list' shows");
         backup->add_flag("--keep-failed", m_options.keepFailed, "Leave what a failed typed backup has made")
             ->needs(types);
+        CLI::Option* const dryRun =
+            backup
+                ->add_flag("--dry-run", m_options.dryRun,
+                           "Tell which files of an earlier full backup, given with --from, would be kept")
+                ->needs(types)
+                ->excludes(to);
+        CLI::Option* const from =
+            backup->add_option("--from", m_options.folder, "Folder with a full backup, for --dry-run")
+                ->needs(dryRun);
+        dryRun->needs(from);
     }
 
     void AddRestore() {

@@ -13,6 +13,7 @@ struct Options {
     std::string udid;
     std::string folder;       ///< to back up to, or to look in; for kFiles also a catalogue
     std::string types;        ///< of a typed backup, as typed; "" for a full one through the facade
+    bool dryRun = false;      ///< tells what a typed backup would keep, from a backup in `folder`
     bool keepFailed = false;  ///< leaves what a failed typed backup has made
     bool force = false;       ///< restores also what was not made for it
     std::string domain;       ///< a part of the domains that are wanted; "" for all

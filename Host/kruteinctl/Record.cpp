@@ -32,7 +32,8 @@ bool IsFile(const fs::path& path) {
     return fs::is_regular_file(path, error);
 }
 
-void Look(const fs::path& folder, FoundRecords& found) {
+void Look(const fs::path& folder, FoundRecords& found, const krutein::Interrupt& interrupt) {
+    interrupt.Check();
     const bool hasRecord = IsFile(folder / kRecordFile);
     if (hasRecord) {
         if (const std::optional<Record> record = ReadRecord(folder.string())) {
@@ -45,7 +46,7 @@ void Look(const fs::path& folder, FoundRecords& found) {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
         if (!entry.is_directory(error) || entry.is_symlink(error)) continue;
         if (!IsBackup(entry.path().string())) {
-            Look(entry.path(), found);
+            Look(entry.path(), found, interrupt);
         } else if (!hasRecord) {
             found.unlisted.push_back(entry.path().string());
         }
@@ -91,9 +92,9 @@ std::optional<Record> RecordOf(const std::string& backup) {
     return record;
 }
 
-FoundRecords FindRecords(const std::string& folder) {
+FoundRecords FindRecords(const std::string& folder, const krutein::Interrupt& interrupt) {
     FoundRecords found;
-    Look(folder, found);
+    Look(folder, found, interrupt);
     std::sort(found.records.begin(), found.records.end(), [](const Record& a, const Record& b) {
         return a.timeText != b.timeText ? a.timeText > b.timeText : a.folder < b.folder;
     });

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "Host/BackupFormat/Interrupt.h"
+
 /// What the record file of a backup, backup_config.ini, says. Texts are as they stand in the file.
 struct Record {
     std::string deviceID;
@@ -46,4 +48,5 @@ struct FoundRecords {
 };
 
 /// Looks for records everywhere below a folder, but not inside of backups.
-FoundRecords FindRecords(const std::string& folder);
+/// \throws krutein::Interrupt::Raised.
+FoundRecords FindRecords(const std::string& folder, const krutein::Interrupt& interrupt);

@@ -14,19 +14,20 @@ void Table::Add(std::vector<std::string> cells) {
     m_rows.push_back(std::move(cells));
 }
 
-std::string Table::Text() const {
+std::vector<std::string> Table::Lines() const {
     std::vector<std::size_t> widths(m_rows.front().size());
     for (const auto& row : m_rows) {
         for (std::size_t i = 0; i < widths.size(); ++i)
             widths[i] = std::max(widths[i], Columns(row[i]));
     }
-    std::string text;
+    std::vector<std::string> lines;
     for (const auto& row : m_rows) {
+        std::string line;
         for (std::size_t i = 0; i < widths.size(); ++i) {
-            text += row[i];
-            if (i + 1 < widths.size()) text.append(widths[i] - Columns(row[i]) + 2, ' ');
+            line += row[i];
+            if (i + 1 < widths.size()) line.append(widths[i] - Columns(row[i]) + 2, ' ');
         }
-        text += '\n';
+        lines.push_back(std::move(line));
     }
-    return text;
+    return lines;
 }

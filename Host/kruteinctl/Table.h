@@ -11,8 +11,8 @@ class Table {
     /// \param cells  as many as there are headings.
     void Add(std::vector<std::string> cells);
 
-    /// All rows, each with its line end. The last column is not padded.
-    std::string Text() const;
+    /// All rows, the headings first, without line ends. The last column is not padded.
+    std::vector<std::string> Lines() const;
 
  private:
     std::vector<std::vector<std::string>> m_rows;

@@ -5,7 +5,6 @@
 
 #include "Host/kruteinctl/Commands.h"
 #include "Host/kruteinctl/Inspection.h"
-#include "Host/kruteinctl/ListCommand.h"
 #include "Host/kruteinctl/Options.h"
 #include "Host/kruteinctl/Presenter.h"
 #include "Host/kruteinctl/Session.h"
@@ -14,55 +13,34 @@
 
 namespace {
 
-using RunCommand = Summary (*)(const Options&, Session&);
-
-/// Null for a command that does not run the backup tool.
-RunCommand RunFor(CommandName command) {
-    switch (command) {
-        case CommandName::kBackup:
-            return &RunBackupCommand;
-        case CommandName::kRestore:
-            return &RunRestoreCommand;
-        case CommandName::kSize:
-            return &RunSizeCommand;
-        default:
-            return nullptr;
-    }
-}
-
-void Run(RunCommand command, const Options& options, Presenter& presenter, StopSignals& signals) {
-    const CollectedErrors collected([&](const std::string& line) { presenter.ToolLine(line); });
-    Session session(presenter, signals);
-    Summary summary = command(options, session);
-    summary.elapsed = session.Elapsed();
-    presenter.Done(summary);
-}
-
-/// The commands that only read what is on disk. A signal ends them as it ends any program.
-void Look(const Options& options, const Streams& streams) {
+Summary Run(const Options& options, Session& session) {
     switch (options.command) {
-        case CommandName::kList:
-            return RunListCommand(options, streams);
+        case CommandName::kBackup:
+            return RunBackupCommand(options, session);
+        case CommandName::kRestore:
+            return RunRestoreCommand(options, session);
+        case CommandName::kSize:
+            return RunSizeCommand(options, session);
         default:
             throw Failure(ExitCode::kUsage, "no such command");
     }
 }
 
+/// The commands that run the backup tool.
 ExitCode Perform(const Options& options, const Streams& streams, StopSignals& signals) {
-    const std::unique_ptr<Presenter> owned = MakePresenter(options.output, streams);
-    Presenter& presenter = *owned;
+    const std::unique_ptr<Presenter> presenter = MakePresenter(options.output, streams);
     try {
-        if (const RunCommand run = RunFor(options.command)) {
-            Run(run, options, presenter, signals);
-        } else {
-            Look(options, streams);
-        }
+        const CollectedErrors collected([&](const std::string& line) { presenter->ToolLine(line); });
+        Session session(*presenter, signals);
+        Summary summary = Run(options, session);
+        summary.elapsed = session.Elapsed();
+        presenter->Done(summary);
         return ExitCode::kDone;
     } catch (const Failure& failure) {
-        presenter.Failed(options.command, failure);
+        presenter->Failed(options.command, failure);
         return failure.Code();
     } catch (const std::exception& error) {
-        presenter.Failed(options.command, Failure(ExitCode::kFailed, error.what()));
+        presenter->Failed(options.command, Failure(ExitCode::kFailed, error.what()));
         return ExitCode::kFailed;
     }
 }
@@ -71,7 +49,7 @@ ExitCode Main(int count, const char* const* words, const Streams& streams, StopS
     try {
         std::string text;
         const std::optional<Options> options = ParseOptions(count, words, text);
-        if (options && IsInspection(options->command)) return RunInspection(*options, streams, signals);
+        if (options && IsInspection(*options)) return RunInspection(*options, streams, signals);
         if (options) return Perform(*options, streams, signals);
         fmt::print(streams.Out(), "{}", text);
         return ExitCode::kDone;
