@@ -47,8 +47,9 @@ bool WasBackup(const std::string& folder) {
 /// A record in or around the backup that is there but not readable.
 std::string DamagedRecord(const std::string& backup) {
     for (const std::string& folder : {backup, fs::path(backup).parent_path().string()}) {
-        const std::string path = (fs::path(folder) / kRecordFile).string();
-        if (Exists(path) && !ReadRecord(folder)) return path;
+        if (Exists(fs::path(folder) / kRecordFile) && !ReadRecord(folder)) {
+            return (fs::path(folder) / kRecordFile).string();
+        }
     }
     return {};
 }

@@ -25,6 +25,7 @@ constexpr char kContactImages[] = "cd6702cea29fe89cf280a76794405adb17f9a0ee";
 
 /// True when one of the texts, which are in lower case, occurs in the value.
 bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
+    if (texts.empty()) return false;
     const std::string lower = LowerCase(value);
     return std::any_of(texts.begin(), texts.end(),
                        [&](const std::string& text) { return lower.find(text) != std::string::npos; });
@@ -33,17 +34,19 @@ bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
 }  // namespace
 
 NeededFiles::NeededFiles(const BackupTarget& backup, int type, const krutein::Interrupt& interrupt) {
-    if (backup.layout == krutein::BackupLayout::kOlder) {
-        AskManifestMbdb(backup, type, interrupt);
-    } else {
+    if (backup.layout == krutein::BackupLayout::kNewer) {
         AskManifestDb(backup, type, interrupt);
+    } else if (!CConfigMgr::GetInstance()->GetAppDomainAndRelativePath(SectionsOf(type), m_domains,
+                                                                       m_paths)) {
+        NotConfigured(type);
     }
     if ((type & kBackupTypeContact) != 0) m_ids.push_back(*FileId::Parse(kContactImages));
     std::sort(m_ids.begin(), m_ids.end());
 }
 
-bool NeededFiles::Has(const FileId& id) const {
-    return std::binary_search(m_ids.begin(), m_ids.end(), id);
+bool NeededFiles::Has(const BackupEntry& entry) const {
+    return std::binary_search(m_ids.begin(), m_ids.end(), *entry.id) || OccursIn(entry.domain, m_domains) ||
+           OccursIn(entry.path, m_paths);
 }
 
 void NeededFiles::AskManifestDb(const BackupTarget& backup, int type, const krutein::Interrupt& interrupt) {
@@ -53,17 +56,5 @@ void NeededFiles::AskManifestDb(const BackupTarget& backup, int type, const krut
     krutein::SqliteRows rows = manifest.Select(query);
     while (rows.Next()) {
         if (const std::optional<FileId> id = FileId::Parse(rows.Text(0))) m_ids.push_back(*id);
-    }
-}
-
-void NeededFiles::AskManifestMbdb(const BackupTarget& backup, int type, const krutein::Interrupt& interrupt) {
-    std::vector<std::string> domains;
-    std::vector<std::string> paths;
-    if (!CConfigMgr::GetInstance()->GetAppDomainAndRelativePath(SectionsOf(type), domains, paths)) {
-        NotConfigured(type);
-    }
-    const auto catalogue = backup.OpenCatalogue(interrupt);
-    for (BackupEntry entry; catalogue->Next(entry);) {
-        if (OccursIn(entry.domain, domains) || OccursIn(entry.path, paths)) m_ids.push_back(*entry.id);
     }
 }

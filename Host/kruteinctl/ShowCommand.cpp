@@ -165,7 +165,7 @@ class AppView {
         ++m_files;
         m_bytes += file->bytes;
         for (KeptApp& kept : m_apps) {
-            if (!kept.files || !kept.files->Has(*entry.id)) continue;
+            if (!kept.files || !kept.files->Has(entry)) continue;
             ++kept.count;
             kept.bytes += file->bytes;
         }

@@ -119,7 +119,7 @@ class Verification {
         if (entry.kind != Kind::kFile) return;
         const HashedFile* const file = m_disk.Find(*entry.id);
         if (file != nullptr) m_listed[static_cast<std::size_t>(file - m_disk.All().data())] = true;
-        if (m_needed && !m_needed->Has(*entry.id)) {
+        if (m_needed && !m_needed->Has(entry)) {
             if (file == nullptr) return;
             return m_problems.TellOf(
                 entry, "not_needed",

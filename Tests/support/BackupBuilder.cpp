@@ -92,7 +92,7 @@ std::string BackupBuilder::FileID(const std::string& domain, const std::string& 
 std::string BackupBuilder::Add(const std::string& domain, const std::string& path,
                                const std::string& content) {
     m_rows.push_back({domain, path, true, content.size()});
-    const std::string fileID = FileID(domain, path);
+    std::string fileID = FileID(domain, path);
     m_files[fileID] = content;
     return fileID;
 }

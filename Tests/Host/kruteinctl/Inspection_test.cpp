@@ -145,7 +145,7 @@ class InspectionTest : public testing::TestWithParam<Layout> {
         drop(kWechatBit, kWechatDomain, "Documents/ab/DB/MM.sqlite");
         drop(kContactsBit, kHome, "Library/AddressBook/AddressBook.sqlitedb");
         drop(0, "CameraRollDomain", kPicture);
-        const std::string job = host.Folder().Path("job");
+        std::string job = host.Folder().Path("job");
         fs::create_directories(job);
         fs::rename(backup, job + "/the-device");
         WriteRecord(job, type, "the-device");
@@ -159,7 +159,7 @@ class InspectionTest : public testing::TestWithParam<Layout> {
         const auto before = StateOf(folder);
         Command command = host.Kruteinctl(words);
         command.environment["TMPDIR"] = host.Folder().Path("tmp");
-        const Finished finished = RunToEnd(command);
+        Finished finished = RunToEnd(command);
         EXPECT_EQ(StateOf(folder), before) << "the backup has been changed";
         EXPECT_TRUE(fs::is_empty(host.Folder().Path("tmp"))) << "a copy has been left behind";
         return finished;
