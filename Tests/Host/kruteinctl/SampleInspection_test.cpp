@@ -17,9 +17,10 @@ namespace {
 class SampleInspectionTest : public testing::Test {
  protected:
     SampleInspectionTest() {
-        host.HasDeviceWith(R"({"messages": {"chats": 4, "messages": 30, "attachments": 3},
-                               "whatsApp": {"chats": 3, "messages": 50},
-                               "weChat": {"accounts": 2, "chats": 4, "messages": 20},
+        host.HasDeviceWith(
+            R"({"messages": {"chats": 4, "count": 30, "attachments": 3, "attachmentBytes": 500},
+                               "whatsapp": {"chats": 3, "messages": 50},
+                               "wechat": {"accounts": 2, "chats": 4, "messages": 20},
                                "contacts": {"count": 7, "images": 2},
                                "photos": {"count": 20, "bytesEach": 1000}})");
     }
