@@ -8,7 +8,6 @@
 
 #include "Host/Archiver/BackupPlists.h"
 #include "Host/Archiver/FolderTree.h"
-#include "Host/Archiver/Layout.h"
 #include "Host/Archiver/StopFlag.h"
 #include "Host/Archiver/ToolError.h"
 
@@ -20,11 +19,12 @@ constexpr mode_t kFileMode = 0644;
 constexpr mode_t kFolderMode = 0755;
 
 /// A folder with one of these is taken for a backup, which a new one may replace.
-constexpr const char* kMarks[] = {kInfoName, kStatusName, kCatalogueName, "Manifest.mbdb"};
+constexpr const char* kMarks[] = {kInfoName, kStatusName, kManifestDbName, kManifestMbdbName};
 
 }  // namespace
 
-BackupFolder::BackupFolder(const std::string& path) : m_path(path), m_chunk(kChunkBytes) {
+BackupFolder::BackupFolder(const std::string& path, Layout layout)
+    : m_path(path), m_layout(layout), m_chunk(kChunkBytes) {
     MakeFolders(path);
     // A link is not followed: what it leads to was not chosen as this device's backup.
     m_folder = UniqueFd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -50,16 +50,16 @@ void BackupFolder::Replace(const std::string& status) {
 
 void BackupFolder::PutFile(const std::string& fileId, FileBytes bytes) {
     EnsureFolderFor(fileId);
-    Write(PlaceOf(fileId), bytes);
+    Write(PlaceOf(m_layout, fileId), bytes);
 }
 
 std::string BackupFolder::DatabasePath(const std::string& fileId) {
     EnsureFolderFor(fileId);
-    return PathOf(PlaceOf(fileId));
+    return PathOf(PlaceOf(m_layout, fileId));
 }
 
 std::string BackupFolder::CataloguePath() {
-    return PathOf(kCatalogueName);
+    return PathOf(CatalogueName(m_layout));
 }
 
 void BackupFolder::PutDescription(const std::string& name, const std::string& content) {
@@ -71,6 +71,7 @@ void BackupFolder::PutDescription(const std::string& name, const std::string& co
 }
 
 void BackupFolder::EnsureFolderFor(const std::string& fileId) {
+    if (m_layout == Layout::kFlat) return;
     const std::string folder = fileId.substr(0, 2);
     bool& exists = m_hasFolder.at(std::stoul(folder, nullptr, 16));
     if (exists) return;

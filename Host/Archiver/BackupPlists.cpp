@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Common/std/std_sha1.h"
+#include "Host/Archiver/Layout.h"
 #include "Host/Archiver/Plist.h"
 #include "Host/BackupFormat/SnapshotState.h"
 
@@ -29,6 +30,16 @@ std::string UuidOf(const std::string& digits) {
     for (const std::size_t hyphen : {8U, 13U, 18U, 23U})
         uuid.insert(hyphen, 1, '-');
     return uuid;
+}
+
+/// The versions of the two files' own formats.
+struct FormatVersions {
+    const char* status;
+    const char* manifest;
+};
+
+FormatVersions VersionsOf(const SampleDevice& device) {
+    return LayoutOf(device) == Layout::kFlat ? FormatVersions{"2.4", "9.1"} : FormatVersions{"3.3", "10.0"};
 }
 
 using PlistOwner = std::unique_ptr<void, void (*)(plist_t)>;
@@ -78,7 +89,7 @@ std::string StatusPlist(const SampleDevice& device, std::time_t time, SnapshotSt
     status.Set("IsFullBackup", true);
     status.Set(kSnapshotStateKey, state == SnapshotState::kFinished ? kFinishedState : kUploadingState);
     status.Set("UUID", UuidOf(BackupId(device, time)));
-    status.Set("Version", "3.3");
+    status.Set("Version", VersionsOf(device).status);
     return status.ToBinary();
 }
 
@@ -102,7 +113,7 @@ std::string ManifestPlist(const SampleDevice& device, std::time_t time,
     manifest.SetDate("Date", time);
     manifest.Set("IsEncrypted", false);
     manifest.Set("Lockdown", std::move(lockdown));
-    manifest.Set("Version", "10.0");
+    manifest.Set("Version", VersionsOf(device).manifest);
     manifest.Set("WasPasscodeSet", false);
     return manifest.ToBinary();
 }

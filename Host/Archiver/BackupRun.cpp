@@ -5,7 +5,6 @@
 
 #include "Common/std/std_sha1.h"
 #include "Host/Archiver/BackupPlists.h"
-#include "Host/Archiver/ManifestDb.h"
 
 namespace krutein {
 namespace {
@@ -33,7 +32,7 @@ BackupRun::~BackupRun() = default;
 std::int64_t BackupRun::Write() {
     // First of all what tells which device it is, also of a backup that is never finished.
     PutDescription(kInfoName, InfoPlist(m_device, m_time));
-    m_catalogue = std::make_unique<ManifestDbWriter>(m_store.CataloguePath());
+    m_catalogue = CreateCatalogue(LayoutOf(m_device), m_store.CataloguePath());
     PlayContents(m_device, *this);
     m_bytes += m_catalogue->Finish();
     const std::vector<std::string> apps(m_apps.begin(), m_apps.end());

@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
-/// A backup's list of what was on the device. How it is kept depends on the device's system version
-/// (Layout.h); these are its two sides for whoever writes or reads a backup.
+#include "Host/Archiver/Layout.h"
+
+/// A backup's list of what was on the device. How it is kept depends on the backup's layout; these are its
+/// two sides for whoever writes or reads a backup.
 namespace krutein {
 
 enum class EntryKind { kFile = 1, kFolder = 2, kLink = 4 };
@@ -45,5 +48,11 @@ class CatalogueReader {
     /// \return false at the end.
     virtual bool NextFile(CatalogueEntry& entry) = 0;
 };
+
+/// Begins the catalogue of a new backup.
+/// \param path  of the file, which must not exist; "" for one that is thrown away at the end.
+std::unique_ptr<CatalogueWriter> CreateCatalogue(Layout layout, const std::string& path);
+
+std::unique_ptr<CatalogueReader> OpenCatalogue(Layout layout, const std::string& path, Selection selection);
 
 }  // namespace krutein

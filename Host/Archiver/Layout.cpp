@@ -1,23 +1,23 @@
 #include "Host/Archiver/Layout.h"
 
-#include "Host/Archiver/ToolError.h"
-
 namespace krutein {
 namespace {
 
-constexpr int kFirstVersion = 10;
+constexpr int kFirstVersionWithFolders = 10;
 constexpr std::size_t kFolderChars = 2;
 
 }  // namespace
 
-void CheckLayout(const SampleDevice& device) {
-    if (device.MajorVersion() >= kFirstVersion) return;
-    throw ToolError(kToolFailed, "backups of version " + device.systemVersion + " (" + device.udid +
-                                     ") are not supported: their catalogue is Manifest.mbdb");
+Layout LayoutOf(const SampleDevice& device) {
+    return device.MajorVersion() < kFirstVersionWithFolders ? Layout::kFlat : Layout::kFolders;
 }
 
-std::string PlaceOf(const std::string& fileId) {
-    return fileId.substr(0, kFolderChars) + "/" + fileId;
+std::string CatalogueName(Layout layout) {
+    return layout == Layout::kFlat ? kManifestMbdbName : kManifestDbName;
+}
+
+std::string PlaceOf(Layout layout, const std::string& fileId) {
+    return layout == Layout::kFlat ? fileId : fileId.substr(0, kFolderChars) + "/" + fileId;
 }
 
 std::optional<std::string> BackupFolderPath(const std::string& backupPath, const std::string& udid) {

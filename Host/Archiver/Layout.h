@@ -5,17 +5,25 @@
 
 #include "Host/SampleDevice/SampleDevice.h"
 
-/// Where the files of a backup lie. Devices of version 10 and later have a catalogue Manifest.db and their
-/// files in folders named for the first two characters of the file ID.
+/// Where the files of a backup lie, and what its catalogue is called.
 namespace krutein {
 
-constexpr char kCatalogueName[] = "Manifest.db";
+enum class Layout {
+    kFlat,    ///< up to version 9: all files in the backup's folder, listed in Manifest.mbdb
+    kFolders  ///< from version 10 on: in folders named for the first two characters of the file ID, listed in
+              ///< Manifest.db
+};
 
-/// \throws ToolError for devices below version 10, whose layout is another.
-void CheckLayout(const SampleDevice& device);
+constexpr char kManifestMbdbName[] = "Manifest.mbdb";
+constexpr char kManifestDbName[] = "Manifest.db";
+
+/// The layout that a device's backups have.
+Layout LayoutOf(const SampleDevice& device);
+
+std::string CatalogueName(Layout layout);
 
 /// Where a file lies below the backup's folder.
-std::string PlaceOf(const std::string& fileId);
+std::string PlaceOf(Layout layout, const std::string& fileId);
 
 /// The folder of a device's backup.
 /// \param udid  may be any text.

@@ -12,7 +12,7 @@ namespace krutein {
 
 class ManifestDbWriter : public CatalogueWriter {
  public:
-    /// \param path  as for Database::Create.
+    /// \param path  as for CreateCatalogue.
     explicit ManifestDbWriter(const std::string& path);
 
     void Add(const CatalogueEntry& entry) override;

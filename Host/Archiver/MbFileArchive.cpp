@@ -1,8 +1,8 @@
 #include "Host/Archiver/MbFileArchive.h"
 
 #include <plist/plist.h>
-#include <sys/stat.h>
 
+#include "Host/Archiver/EntryAttributes.h"
 #include "Host/Archiver/Plist.h"
 
 namespace krutein {
@@ -15,42 +15,23 @@ constexpr std::uint8_t kClassUid = 3;
 constexpr std::uint8_t kTargetUid = 4;
 
 constexpr std::uint64_t kArchiveVersion = 100'000;
-constexpr std::uint64_t kMobileUser = 501;
-/// Readable after the device was unlocked once.
-constexpr std::uint64_t kFileProtection = 3;
-
-/// Sample files were made and changed in 2024, each at a time of its own that follows from its ID.
-constexpr std::uint64_t kFirstTime = 1'704'067'200;  // 2024-01-01 00:00:00 UTC
-constexpr std::uint64_t kSecondsOfYear = 366ULL * 24 * 60 * 60;
-
-std::uint64_t ModeOf(EntryKind kind) {
-    switch (kind) {
-        case EntryKind::kFolder:
-            return S_IFDIR | 0755U;
-        case EntryKind::kLink:
-            return S_IFLNK | 0755U;
-        default:
-            return S_IFREG | 0644U;
-    }
-}
 
 plist_t NewRoot(const CatalogueEntry& entry) {
-    const std::uint64_t inode = std::stoul(entry.fileId.substr(0, 8), nullptr, 16);
-    const std::uint64_t time = kFirstTime + inode % kSecondsOfYear;
+    const EntryAttributes attributes = AttributesOf(entry);
     plist_t const root = plist_new_dict();
     const auto set = [root](const char* key, std::uint64_t value) {
         plist_dict_set_item(root, key, plist_new_uint(value));
     };
-    set("LastModified", time);
+    set("LastModified", attributes.time);
     set("Flags", 0);
-    set("GroupID", kMobileUser);
-    set("LastStatusChange", time);
-    set("Birth", time);
+    set("GroupID", attributes.user);
+    set("LastStatusChange", attributes.time);
+    set("Birth", attributes.time);
     set("Size", static_cast<std::uint64_t>(entry.size));
-    set("InodeNumber", inode);
-    set("Mode", ModeOf(entry.kind));
-    set("UserID", kMobileUser);
-    set("ProtectionClass", entry.kind == EntryKind::kFile ? kFileProtection : 0);
+    set("InodeNumber", attributes.inode);
+    set("Mode", attributes.mode);
+    set("UserID", attributes.user);
+    set("ProtectionClass", attributes.protectionClass);
     plist_dict_set_item(root, "RelativePath", plist_new_uid(kPathUid));
     plist_dict_set_item(root, "$class", plist_new_uid(kClassUid));
     if (entry.kind == EntryKind::kLink) plist_dict_set_item(root, "Target", plist_new_uid(kTargetUid));

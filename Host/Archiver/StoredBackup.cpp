@@ -7,8 +7,6 @@
 #include <cerrno>
 #include <system_error>
 
-#include "Host/Archiver/Layout.h"
-#include "Host/Archiver/ManifestDb.h"
 #include "Host/Archiver/StopFlag.h"
 #include "Host/Archiver/ToolError.h"
 #include "Host/BackupFormat/SnapshotState.h"
@@ -63,17 +61,31 @@ BackupFacts StoredBackup::Facts() const {
     return ReadFacts(ReadDescription(kInfoName));
 }
 
-std::unique_ptr<CatalogueReader> StoredBackup::OpenCatalogue(Selection selection) const {
+std::unique_ptr<CatalogueReader> StoredBackup::OpenCatalogue(Selection selection) {
+    m_layout = FindLayout();
+    return krutein::OpenCatalogue(m_layout, m_path + "/" + CatalogueName(m_layout), selection);
+}
+
+bool StoredBackup::HasCatalogue(Layout layout) const {
     struct stat info {};
-    const bool found = fstatat(m_folder.Get(), kCatalogueName, &info, AT_SYMLINK_NOFOLLOW) == 0;
-    const std::string path = m_path + "/" + kCatalogueName;
-    if (!found || !S_ISREG(info.st_mode)) ThrowDamaged(path, "is missing");
-    return std::make_unique<ManifestDbReader>(path, selection);
+    const std::string name = CatalogueName(layout);
+    return fstatat(m_folder.Get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(info.st_mode);
+}
+
+/// The catalogue tells the layout. A backup that has both is not guessed at.
+Layout StoredBackup::FindLayout() const {
+    const bool flat = HasCatalogue(Layout::kFlat);
+    if (flat == HasCatalogue(Layout::kFolders)) {
+        ThrowDamaged(m_path, std::string("has ") + (flat ? "both " : "neither ") + kManifestDbName +
+                                 (flat ? " and " : " nor ") + kManifestMbdbName);
+    }
+    return flat ? Layout::kFlat : Layout::kFolders;
 }
 
 void StoredBackup::ReadFile(const CatalogueEntry& entry) {
-    const std::string name = PlaceOf(entry.fileId) + " (" + entry.domain + "/" + entry.path + ")";
-    const UniqueFd file = OpenFile(entry.fileId);
+    const std::string place = PlaceOf(m_layout, entry.fileId);
+    const std::string name = place + " (" + entry.domain + "/" + entry.path + ")";
+    const UniqueFd file = OpenFile(place);
     if (!file.IsOpen()) ThrowDamaged(name, "cannot be opened: " + ErrnoText(errno));
     struct stat info {};
     if (!IsRegular(file.Get(), info)) ThrowDamaged(name, "is no file");
@@ -94,12 +106,12 @@ void StoredBackup::ReadFile(const CatalogueEntry& entry) {
 }
 
 /// Folder by folder, since links are followed in all parts of a path but the last.
-UniqueFd StoredBackup::OpenFile(const std::string& fileId) const {
-    const std::string place = PlaceOf(fileId);
-    const std::string folder = place.substr(0, place.find('/'));
-    const UniqueFd parent(openat(m_folder.Get(), folder.c_str(), kOpenFolder));
+UniqueFd StoredBackup::OpenFile(const std::string& place) const {
+    const std::size_t slash = place.find('/');
+    if (slash == std::string::npos) return UniqueFd(openat(m_folder.Get(), place.c_str(), kOpenFile));
+    const UniqueFd parent(openat(m_folder.Get(), place.substr(0, slash).c_str(), kOpenFolder));
     if (!parent.IsOpen()) return UniqueFd();
-    return UniqueFd(openat(parent.Get(), fileId.c_str(), kOpenFile));
+    return UniqueFd(openat(parent.Get(), place.c_str() + slash + 1, kOpenFile));
 }
 
 /// \return "" for a file that is missing, too large or otherwise not what we wrote.

@@ -21,17 +21,20 @@ class StoredBackup {
     /// False for one that was interrupted, and for a folder that holds something else.
     bool IsFinished() const;
     BackupFacts Facts() const;
-    std::unique_ptr<CatalogueReader> OpenCatalogue(Selection selection) const;
+    std::unique_ptr<CatalogueReader> OpenCatalogue(Selection selection);
 
-    /// Reads a file from beginning to end. \throws ToolError, Stopped
+    /// Reads a file, which the catalogue that was opened lists, from beginning to end. \throws ToolError, Stopped
     void ReadFile(const CatalogueEntry& entry);
 
  private:
-    UniqueFd OpenFile(const std::string& fileId) const;
+    bool HasCatalogue(Layout layout) const;
+    Layout FindLayout() const;
+    UniqueFd OpenFile(const std::string& place) const;
     std::string ReadDescription(const std::string& name) const;
 
     std::string m_path;
     UniqueFd m_folder;
+    Layout m_layout = Layout::kFolders;  ///< from OpenCatalogue on
     std::vector<char> m_chunk;
 };
 

@@ -13,14 +13,13 @@ namespace krutein {
 
 void BackUp(const CommandLine& command, MessageWriter& messages) {
     const SampleDevice device = Connect(command.target);
-    CheckLayout(device);
     const auto path = BackupFolderPath(command.backupPath, device.udid);
     if (!path) throw ToolError(kToolNotWritable, "no folder is given for the backup");
     const int total = CountFiles(device);
     messages.Progress(0, total, "Preparing the backup");
 
     const std::time_t now = std::time(nullptr);
-    BackupFolder folder(*path);
+    BackupFolder folder(*path, LayoutOf(device));
     folder.Replace(StatusPlist(device, now, SnapshotState::kUploading));
     Pace pace;
     int done = 0;

@@ -10,7 +10,7 @@ namespace {
 
 void RestoreFrom(const CommandLine& command, const std::string& source, Selection selection,
                  MessageWriter& messages) {
-    CheckLayout(Connect(command.target));
+    Connect(command.target);
     const auto path = BackupFolderPath(command.backupPath, source);
     if (!path) {
         throw ToolError(kToolNoBackup, "there is no backup of '" + source + "' in " + command.backupPath);
