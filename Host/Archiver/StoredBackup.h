@@ -23,7 +23,8 @@ class StoredBackup {
     BackupFacts Facts() const;
     std::unique_ptr<CatalogueReader> OpenCatalogue(Selection selection);
 
-    /// Reads a file, which the catalogue that was opened lists, from beginning to end. \throws ToolError, Stopped
+    /// Reads a file, which the catalogue that was opened lists, from beginning to end. \throws ToolError,
+    /// Stopped
     void ReadFile(const CatalogueEntry& entry);
 
  private:

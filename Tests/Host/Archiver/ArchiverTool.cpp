@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "Common/std/std_objc.h"
+#include "Common/std/std_sha1.h"
 
 using nlohmann::json;
 
@@ -147,17 +148,18 @@ testing::AssertionResult EndedWith(const ToolRun& run, int code) {
     return testing::AssertionSuccess();
 }
 
-ArchiverTest::ArchiverTest()
-    : m_environment{{"KRUTEIN_SAMPLE_DEVICES", Path("devices")},
+ArchiverTest::ArchiverTest(const Phone& phone)
+    : m_phone(phone),
+      m_environment{{"KRUTEIN_SAMPLE_DEVICES", Path("devices")},
                     {"KRUTEIN_SAMPLE_STATE", Path("state")},
                     {"KRUTEIN_SAMPLE_FILES_PER_SECOND", ""}} {
     Connect(Description());
 }
 
-json ArchiverTest::Description() {
-    return json::parse(R"({
+json ArchiverTest::Description() const {
+    json description = json::parse(R"({
         "udid": "00008110-000A1B2C3D4E5F60", "name": "Ännchen's 📱", "productType": "iPhone14,5",
-        "systemVersion": "17.4.1", "buildVersion": "21E236", "serialNumber": "SAMPLE7",
+        "buildVersion": "21E236", "serialNumber": "SAMPLE7",
         "phoneNumber": "+1 555 010 0001", "disk": {"totalBytes": 64000000000, "availableBytes": 1000000},
         "contents": {
             "photos": {"count": 6, "bytesEach": 300000},
@@ -167,6 +169,8 @@ json ArchiverTest::Description() {
             "contacts": {"count": 12, "images": 4},
             "other": {"count": 30, "bytesEach": 700}
         }})");
+    description["systemVersion"] = m_phone.systemVersion;
+    return description;
 }
 
 void ArchiverTest::Connect(const json& description) const {
@@ -213,4 +217,16 @@ std::string ArchiverTest::PasswordCommand(const std::string& before, const std::
 
 std::string ArchiverTest::BackupPath(const std::string& name) const {
     return Path("backups/" + std::string(kUdid) + (name.empty() ? "" : "/" + name));
+}
+
+std::string ArchiverTest::PlaceOf(const std::string& fileId) const {
+    return m_phone.isFlat ? fileId : fileId.substr(0, 2) + "/" + fileId;
+}
+
+std::string ArchiverTest::PlaceOf(const std::string& domain, const std::string& path) const {
+    return PlaceOf(STD_FILE_CalcDomainPathSha1A(domain, path));
+}
+
+void PrintTo(const Phone& phone, std::ostream* out) {
+    *out << phone.name;
 }

@@ -81,15 +81,25 @@ struct ToolRun {
 /// standard error has one line exactly when something went wrong.
 testing::AssertionResult EndedWith(const ToolRun& run, int code);
 
+/// A kind of sample device. Its version decides how its backups are laid out.
+struct Phone {
+    const char* name;  ///< in the names of tests
+    const char* systemVersion;
+    const char* catalogue;  ///< the file's name
+    bool isFlat;            ///< all files lie directly in the backup's folder
+};
+constexpr Phone kNewPhone{"Version17", "17.4.1", "Manifest.db", false};
+constexpr Phone kOldPhone{"Version9", "9.3.5", "Manifest.mbdb", true};
+
 /// Devices, folders for their backups and their state, all in a temporary folder.
 class ArchiverTest : public testing::Test {
  protected:
     static constexpr char kUdid[] = "00008110-000A1B2C3D4E5F60";
 
-    ArchiverTest();
+    explicit ArchiverTest(const Phone& phone = kNewPhone);
 
     /// A small device with some of everything.
-    static nlohmann::json Description();
+    nlohmann::json Description() const;
     void Connect(const nlohmann::json& description) const;
     void Disconnect(const std::string& udid) const;
 
@@ -109,8 +119,27 @@ class ArchiverTest : public testing::Test {
     /// A path below the temporary folder.
     std::string Path(const std::string& name) const { return m_folder.Path(name); }
     std::string BackupPath(const std::string& name = "") const;
+    /// The path of the backup's catalogue.
+    std::string CataloguePath() const { return BackupPath(m_phone.catalogue); }
 
+    /// Where a file lies below the backup.
+    std::string PlaceOf(const std::string& fileId) const;
+    std::string PlaceOf(const std::string& domain, const std::string& path) const;
+
+    Phone m_phone;
     TemporaryFolder m_folder;
     std::map<std::string, std::string> m_environment;  ///< for the tool
     std::function<void()> m_prepare;                   ///< called in the child before the tool starts
 };
+
+/// What backups of both layouts have in common.
+class BothPhonesTest : public ArchiverTest, public testing::WithParamInterface<Phone> {
+ protected:
+    BothPhonesTest() : ArchiverTest(GetParam()) {}
+};
+
+/// Shows a phone by its name.
+void PrintTo(const Phone& phone, std::ostream* out);
+inline auto BothPhones() {
+    return testing::Values(kNewPhone, kOldPhone);
+}

@@ -4,9 +4,11 @@
 #include <plist/plist.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "Common/std/std_sha1.h"
 #include "Tests/support/TemporaryFolder.h"
@@ -91,6 +93,80 @@ Values ReadPlistBytes(const std::string& bytes) {
     return values;
 }
 
+/// Takes the values of records of a Manifest.mbdb one after the other. What is read behind the end is 0.
+class MbdbCursor {
+ public:
+    explicit MbdbCursor(const std::string& bytes) : m_bytes(bytes) {}
+
+    bool AtEnd() const { return m_next >= m_bytes.size(); }
+    bool IsBehindEnd() const { return m_next > m_bytes.size(); }
+
+    std::uint64_t Number(int bytes) {
+        std::uint64_t number = 0;
+        for (int i = 0; i < bytes; ++i, ++m_next) {
+            const char byte = m_next < m_bytes.size() ? m_bytes[m_next] : '\0';
+            number = number << 8U | static_cast<unsigned char>(byte);
+        }
+        return number;
+    }
+
+    std::string Text() {
+        const std::uint64_t length = Number(2);
+        if (length == 0xFFFF) return {};
+        const std::string text = m_bytes.substr(std::min(m_next, m_bytes.size()), length);
+        m_next += length;
+        return text;
+    }
+
+ private:
+    const std::string& m_bytes;
+    std::size_t m_next = 6;
+};
+
+int FlagsOf(std::uint64_t mode) {
+    switch (mode & 0xF000U) {
+        case 0x8000:
+            return 1;
+        case 0x4000:
+            return 2;
+        case 0xA000:
+            return 4;
+        default:
+            return 0;
+    }
+}
+
+ListedEntry ReadMbdbRecord(MbdbCursor& cursor) {
+    ListedEntry entry;
+    entry.domain = cursor.Text();
+    entry.path = cursor.Text();
+    entry.fileId = STD_FILE_CalcDomainPathSha1A(entry.domain, entry.path);
+    entry.file["RelativePath"] = entry.path;
+    entry.file["Target"] = cursor.Text();
+    entry.file["Digest"] = cursor.Text();
+    entry.file["unknown1"] = cursor.Text();
+    const std::uint64_t mode = cursor.Number(2);
+    entry.flags = FlagsOf(mode);
+    entry.file["Mode"] = std::to_string(mode);
+    constexpr std::pair<const char*, int> kNumbers[] = {
+        {"unknown2", 4}, {"InodeNumber", 4},      {"UserID", 4}, {"GroupID", 4},         {"LastModified", 4},
+        {"Birth", 4},    {"LastStatusChange", 4}, {"Size", 8},   {"ProtectionClass", 1}, {"properties", 1}};
+    for (const auto& [name, bytes] : kNumbers)
+        entry.file[name] = std::to_string(cursor.Number(bytes));
+    EXPECT_EQ(entry.file["properties"], "0") << "properties are not read here";
+    return entry;
+}
+
+std::vector<ListedEntry> ReadMbdb(const std::string& bytes) {
+    EXPECT_EQ(bytes.substr(0, 6), std::string("mbdb\x05\0", 6));
+    std::vector<ListedEntry> entries;
+    MbdbCursor cursor(bytes);
+    while (!cursor.AtEnd())
+        entries.push_back(ReadMbdbRecord(cursor));
+    EXPECT_FALSE(cursor.IsBehindEnd()) << "the last record is cut";
+    return entries;
+}
+
 }  // namespace
 
 std::vector<Row> Query(const std::string& database, const std::string& sql) {
@@ -115,20 +191,6 @@ std::string QueryOne(const std::string& database, const std::string& sql) {
     if (rows.size() == 1 && rows[0].size() == 1) return rows[0][0];
     ADD_FAILURE() << sql << " has not one value";
     return {};
-}
-
-std::string Dump(const std::string& database) {
-    std::string dump;
-    for (const Row& table : Query(database, "SELECT name, sql FROM sqlite_master ORDER BY name")) {
-        dump += table[0] + ": " + table[1] + "\n";
-        if (table[1].compare(0, 12, "CREATE TABLE") != 0) continue;
-        for (const Row& row : Query(database, "SELECT * FROM \"" + table[0] + "\"")) {
-            for (const std::string& value : row)
-                dump += value + "|";
-            dump += "\n";
-        }
-    }
-    return dump;
 }
 
 std::map<std::string, std::string> ReadPlist(const std::string& path) {
@@ -161,6 +223,7 @@ std::int64_t ListedEntry::Size() const {
 }
 
 std::vector<ListedEntry> ReadCatalogue(const std::string& backup) {
+    if (fs::exists(backup + "/Manifest.mbdb")) return ReadMbdb(ReadWholeFile(backup + "/Manifest.mbdb"));
     std::vector<ListedEntry> entries;
     for (const Row& row :
          Query(backup + "/Manifest.db", "SELECT fileID, domain, relativePath, flags, file FROM Files")) {
@@ -177,9 +240,4 @@ std::map<std::string, std::string> ReadTree(const std::string& folder) {
         }
     }
     return tree;
-}
-
-std::string PlaceOf(const std::string& domain, const std::string& path) {
-    const std::string fileId = STD_FILE_CalcDomainPathSha1A(domain, path);
-    return fileId.substr(0, 2) + "/" + fileId;
 }

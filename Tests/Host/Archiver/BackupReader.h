@@ -17,9 +17,6 @@ std::vector<Row> Query(const std::string& database, const std::string& sql);
 /// The only value of a query with one row.
 std::string QueryOne(const std::string& database, const std::string& sql);
 
-/// All tables with all rows in their order, as text.
-std::string Dump(const std::string& database);
-
 /// The entries of a property list's root dictionary as text, nested ones as "outer/inner"; a failed test when
 /// it is none.
 std::map<std::string, std::string> ReadPlist(const std::string& path);
@@ -27,20 +24,20 @@ std::map<std::string, std::string> ReadPlist(const std::string& path);
 /// What the object of a keyed archive says, with UIDs resolved; empty when it is none.
 std::map<std::string, std::string> ReadArchive(const std::string& bytes);
 
-/// A row of Manifest.db.
+/// A row of Manifest.db, or a record of Manifest.mbdb.
 struct ListedEntry {
     std::string fileId;
     std::string domain;
     std::string path;
-    int flags = 0;
-    std::map<std::string, std::string> file;  ///< what the archive says
+    int flags = 0;  ///< 1 for files, 2 for folders, 4 for links
+    std::map<std::string, std::string>
+        file;  ///< what the archive says; of records the same by the same names
 
     std::int64_t Size() const;
 };
+
+/// The catalogue of a backup with either layout, in its order.
 std::vector<ListedEntry> ReadCatalogue(const std::string& backup);
 
 /// Relative paths of all files below a folder with their contents.
 std::map<std::string, std::string> ReadTree(const std::string& folder);
-
-/// "xx/xx..." below the backup.
-std::string PlaceOf(const std::string& domain, const std::string& path);

@@ -21,56 +21,60 @@ namespace {
 constexpr char kWhatsAppDomain[] = "AppDomainGroup-group.net.whatsapp.WhatsApp.shared";
 
 // The well-known IDs of these databases.
-constexpr char kMessages[] = "3d/3d0d7e5fb2ce288813306e4d4636395e047a3d28";
-constexpr char kWhatsApp[] = "7c/7c7fba66680ef796b916b067077cc246adacf01d";
-constexpr char kContacts[] = "31/31bb7ba8914766d4ba40d6dfb6113c8b614be442";
-constexpr char kContactImages[] = "cd/cd6702cea29fe89cf280a76794405adb17f9a0ee";
+constexpr char kMessages[] = "3d0d7e5fb2ce288813306e4d4636395e047a3d28";
+constexpr char kWhatsApp[] = "7c7fba66680ef796b916b067077cc246adacf01d";
+constexpr char kContacts[] = "31bb7ba8914766d4ba40d6dfb6113c8b614be442";
+constexpr char kContactImages[] = "cd6702cea29fe89cf280a76794405adb17f9a0ee";
 
-class Contents : public ArchiverTest {
+class Contents : public BothPhonesTest {
  protected:
     void SetUp() override { ASSERT_TRUE(EndedWith(BackUp(), kToolDone)); }
 
-    std::string Value(const std::string& place, const std::string& sql) const {
-        return QueryOne(BackupPath(place), sql);
+    std::string FilePath(const std::string& fileId) const { return BackupPath(PlaceOf(fileId)); }
+
+    std::string Value(const std::string& fileId, const std::string& sql) const {
+        return QueryOne(FilePath(fileId), sql);
     }
 
-    std::string Count(const std::string& place, const std::string& table) const {
-        return Value(place, "SELECT count(*) FROM " + table);
+    std::string Count(const std::string& fileId, const std::string& table) const {
+        return Value(fileId, "SELECT count(*) FROM " + table);
     }
 
     std::string Size(const std::string& domain, const std::string& path) const {
         return std::to_string(ReadWholeFile(BackupPath(PlaceOf(domain, path))).size());
     }
 
-    /// The places of the databases, one for each account.
+    /// The IDs of the databases, one for each account.
     std::vector<std::string> WeChatAccounts() const {
-        std::vector<std::string> places;
+        std::vector<std::string> fileIds;
         for (const ListedEntry& entry : ReadCatalogue(BackupPath())) {
             if (entry.domain != "AppDomain-com.tencent.xin") continue;
             if (entry.path.find("/DB/MM.sqlite") == std::string::npos) continue;
             EXPECT_THAT(entry.path, MatchesRegex("Documents/[0-9a-f]{32}/DB/MM.sqlite"));
-            places.push_back(PlaceOf(entry.domain, entry.path));
+            fileIds.push_back(entry.fileId);
         }
-        return places;
+        return fileIds;
     }
 };
 
 }  // namespace
 
-TEST_F(Contents, HasOnlyIntactDatabases) {
+INSTANTIATE_TEST_SUITE_P(Phones, Contents, BothPhones(), testing::PrintToStringParamName());
+
+TEST_P(Contents, HasOnlyIntactDatabases) {
     int databases = 0;
     for (const auto& [place, bytes] : ReadTree(BackupPath())) {
         if (bytes.compare(0, 15, "SQLite format 3") != 0) continue;
-        EXPECT_EQ(Value(place, "PRAGMA integrity_check"), "ok") << place;
-        EXPECT_EQ(Value(place, "PRAGMA page_size"), "4096");
+        EXPECT_EQ(QueryOne(BackupPath(place), "PRAGMA integrity_check"), "ok") << place;
+        EXPECT_EQ(QueryOne(BackupPath(place), "PRAGMA page_size"), "4096");
         EXPECT_EQ(bytes.size() % 4096, 0U);
         ++databases;
     }
-    EXPECT_EQ(databases,
-              7);  // Manifest, messages, WhatsApp, two accounts of WeChat, contacts and their images
+    // Messages, WhatsApp, two accounts of WeChat, contacts and their images; the newer catalogue is one too.
+    EXPECT_EQ(databases, m_phone.isFlat ? 6 : 7);
 }
 
-TEST_F(Contents, HasTheMessages) {
+TEST_P(Contents, HasTheMessages) {
     EXPECT_EQ(Count(kMessages, "message"), "83");
     EXPECT_EQ(Count(kMessages, "chat"), "6");
     EXPECT_EQ(Count(kMessages, "handle"), "6");
@@ -82,8 +86,8 @@ TEST_F(Contents, HasTheMessages) {
     EXPECT_EQ(Value(kMessages, "SELECT chat_identifier FROM chat WHERE style = 43"), "chat000000005");
 }
 
-TEST_F(Contents, HasMessagesThatAReaderCanShow) {
-    const auto rows = Query(BackupPath(kMessages), R"(
+TEST_P(Contents, HasMessagesThatAReaderCanShow) {
+    const auto rows = Query(FilePath(kMessages), R"(
         SELECT m.text, h.id, c.chat_identifier, m.is_from_me, datetime(m.date / 1000000000 + 978307200, 'unixepoch')
         FROM message m JOIN chat_message_join j ON j.message_id = m.ROWID JOIN chat c ON c.ROWID = j.chat_id
             LEFT JOIN handle h ON h.ROWID = m.handle_id ORDER BY m.date)");
@@ -99,9 +103,9 @@ TEST_F(Contents, HasMessagesThatAReaderCanShow) {
     EXPECT_GT(texts.size(), 10U);
 }
 
-TEST_F(Contents, HasTheAttachmentsOfMessages) {
-    const auto rows = Query(BackupPath(kMessages),
-                            "SELECT filename, total_bytes, mime_type, transfer_name FROM attachment");
+TEST_P(Contents, HasTheAttachmentsOfMessages) {
+    const auto rows =
+        Query(FilePath(kMessages), "SELECT filename, total_bytes, mime_type, transfer_name FROM attachment");
     ASSERT_EQ(rows.size(), 10U);
     for (const auto& row : rows) {
         EXPECT_THAT(row[0],
@@ -118,14 +122,14 @@ TEST_F(Contents, HasTheAttachmentsOfMessages) {
               "10");
 }
 
-TEST_F(Contents, HasWhatsApp) {
+TEST_P(Contents, HasWhatsApp) {
     EXPECT_EQ(Count(kWhatsApp, "ZWACHATSESSION"), "4");
     EXPECT_EQ(Count(kWhatsApp, "ZWAMESSAGE"), "61");
     EXPECT_EQ(Value(kWhatsApp, "SELECT sum(ZMESSAGECOUNTER) FROM ZWACHATSESSION"), "61");
     EXPECT_EQ(Value(kWhatsApp, R"(SELECT count(*) FROM ZWACHATSESSION s WHERE ZLASTMESSAGE =
                                   (SELECT max(Z_PK) FROM ZWAMESSAGE WHERE ZCHATSESSION = s.Z_PK))"),
               "4");
-    const auto media = Query(BackupPath(kWhatsApp), "SELECT ZMEDIALOCALPATH, ZFILESIZE FROM ZWAMEDIAITEM");
+    const auto media = Query(FilePath(kWhatsApp), "SELECT ZMEDIALOCALPATH, ZFILESIZE FROM ZWAMEDIAITEM");
     EXPECT_EQ(media.size(), 3U);
     for (const auto& row : media)
         EXPECT_EQ(Size(kWhatsAppDomain, "Message/" + row[0]), row[1]);
@@ -135,7 +139,7 @@ TEST_F(Contents, HasWhatsApp) {
               "3");
 }
 
-TEST_F(Contents, HasTheAccountsOfWeChat) {
+TEST_P(Contents, HasTheAccountsOfWeChat) {
     const std::vector<std::string> accounts = WeChatAccounts();
     ASSERT_EQ(accounts.size(), 2U);
     int chats = 0;
@@ -144,7 +148,7 @@ TEST_F(Contents, HasTheAccountsOfWeChat) {
     for (const std::string& account : accounts) {
         friends += std::stoi(Count(account, "Friend"));
         for (const auto& row :
-             Query(BackupPath(account), "SELECT name FROM sqlite_master WHERE name LIKE 'Chat%'")) {
+             Query(FilePath(account), "SELECT name FROM sqlite_master WHERE name LIKE 'Chat%'")) {
             EXPECT_THAT(row[0], MatchesRegex("Chat_[0-9a-f]{32}"));
             ++chats;
             messages += std::stoi(Count(account, row[0]));
@@ -161,7 +165,7 @@ TEST_F(Contents, HasTheAccountsOfWeChat) {
     EXPECT_EQ(messages, 32);
 }
 
-TEST_F(Contents, HasTheContacts) {
+TEST_P(Contents, HasTheContacts) {
     EXPECT_EQ(Count(kContacts, "ABPerson"), "12");
     EXPECT_EQ(
         Value(kContacts, "SELECT count(*) FROM ABMultiValue WHERE property = 3 AND value LIKE '+1555%'"),
@@ -174,11 +178,11 @@ TEST_F(Contents, HasTheContacts) {
               "4");
     // Those who write messages are among the contacts.
     EXPECT_EQ(
-        Query(BackupPath(kMessages), "SELECT id FROM handle WHERE ROWID = 1"),
-        Query(BackupPath(kContacts), "SELECT value FROM ABMultiValue WHERE record_id = 1 AND property = 3"));
+        Query(FilePath(kMessages), "SELECT id FROM handle WHERE ROWID = 1"),
+        Query(FilePath(kContacts), "SELECT value FROM ABMultiValue WHERE record_id = 1 AND property = 3"));
 }
 
-TEST_F(Contents, HasPhotosThatLookLikePictures) {
+TEST_P(Contents, HasPhotosThatLookLikePictures) {
     for (int i = 1; i <= 6; ++i) {
         const std::string path = "Media/DCIM/100APPLE/IMG_000" + std::to_string(i) + ".JPG";
         const std::string bytes = ReadWholeFile(BackupPath(PlaceOf("CameraRollDomain", path)));
@@ -188,7 +192,7 @@ TEST_F(Contents, HasPhotosThatLookLikePictures) {
     }
 }
 
-TEST_F(Contents, HasSettingsThatArePropertyLists) {
+TEST_P(Contents, HasSettingsThatArePropertyLists) {
     int settings = 0;
     for (const ListedEntry& entry : ReadCatalogue(BackupPath())) {
         if (entry.flags != 1 || entry.path.compare(0, 20, "Library/Preferences/") != 0) continue;

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "Host/ToolCodes.h"
 #include "Tests/Host/Archiver/ArchiverTool.h"
@@ -23,8 +24,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-class Stop : public ArchiverTest {
+class StopTest : public ArchiverTest {
  protected:
+    using ArchiverTest::ArchiverTest;
+
     void SetPace(int filesPerSecond) {
         m_environment["KRUTEIN_SAMPLE_FILES_PER_SECOND"] = std::to_string(filesPerSecond);
     }
@@ -46,7 +49,7 @@ class Stop : public ArchiverTest {
     /// Nothing that was begun and not finished is left behind.
     void ExpectCleanRemains() const {
         EXPECT_THAT(ReadPlist(BackupPath("Status.plist")), Contains(Pair("SnapshotState", "uploading")));
-        EXPECT_FALSE(fs::exists(BackupPath("Manifest.db")));
+        EXPECT_FALSE(fs::exists(CataloguePath()));
         for (const auto& [place, bytes] : ReadTree(BackupPath())) {
             EXPECT_THAT(place, Not(testing::HasSubstr("-journal")));
             EXPECT_THAT(place, Not(testing::HasSubstr("-wal")));
@@ -74,24 +77,36 @@ class Stop : public ArchiverTest {
     }
 };
 
-class StopSignal : public Stop, public testing::WithParamInterface<int> {};
+class Stop : public StopTest, public testing::WithParamInterface<Phone> {
+ protected:
+    Stop() : StopTest(GetParam()) {}
+};
+
+class StopSignal : public StopTest, public testing::WithParamInterface<std::tuple<Phone, int>> {
+ protected:
+    StopSignal() : StopTest(std::get<Phone>(GetParam())) {}
+};
 
 }  // namespace
 
 TEST_P(StopSignal, EndsABackupWithoutAnExitMessage) {
     SetPace(50);
+    const int signal = std::get<int>(GetParam());
     const auto tool = Start(BackupCommand());
     tool->AwaitMessages(20);
-    EXPECT_EQ(StopWith(GetParam(), *tool), 128 + GetParam());
+    EXPECT_EQ(StopWith(signal, *tool), 128 + signal);
     EXPECT_FALSE(HasExitMessage(*tool));
     EXPECT_GE(tool->Messages().size(), 20U);
     EXPECT_EQ(tool->Errors(), "");
     ExpectCleanRemains();
 }
 
-INSTANTIATE_TEST_SUITE_P(Numbers, StopSignal, testing::Values(SIGTERM, SIGINT, SIGHUP));
+INSTANTIATE_TEST_SUITE_P(Numbers, StopSignal,
+                         testing::Combine(BothPhones(), testing::Values(SIGTERM, SIGINT, SIGHUP)));
 
-TEST_F(Stop, LetsTheNextRunReplaceWhatIsThere) {
+INSTANTIATE_TEST_SUITE_P(Phones, Stop, BothPhones(), testing::PrintToStringParamName());
+
+TEST_P(Stop, LetsTheNextRunReplaceWhatIsThere) {
     SetPace(100);
     const auto tool = Start(BackupCommand());
     tool->AwaitMessages(10);
@@ -101,7 +116,7 @@ TEST_F(Stop, LetsTheNextRunReplaceWhatIsThere) {
     EXPECT_TRUE(EndedWith(Run(RestoreCommand()), kToolDone));
 }
 
-TEST_F(Stop, EndsALongWaitAtOnce) {
+TEST_P(Stop, EndsALongWaitAtOnce) {
     SetPace(1);
     const auto tool = Start(BackupCommand());
     tool->AwaitMessages(2);
@@ -110,17 +125,17 @@ TEST_F(Stop, EndsALongWaitAtOnce) {
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(500));
 }
 
-TEST_F(Stop, EndsADatabaseInTheMiddleAndRemovesIt) {
+TEST_P(Stop, EndsADatabaseInTheMiddleAndRemovesIt) {
     ConnectDeviceWithManyMessages();
     const auto tool = Start(BackupCommand());
-    const std::string database = BackupPath("3d/3d0d7e5fb2ce288813306e4d4636395e047a3d28");
+    const std::string database = BackupPath(PlaceOf("3d0d7e5fb2ce288813306e4d4636395e047a3d28"));
     ASSERT_TRUE(AwaitFile(database));
     EXPECT_EQ(StopWith(SIGTERM, *tool), 128 + SIGTERM);
     EXPECT_FALSE(fs::exists(database));
     ExpectCleanRemains();
 }
 
-TEST_F(Stop, EndsALargeFileInTheMiddleAndRemovesIt) {
+TEST_P(Stop, EndsALargeFileInTheMiddleAndRemovesIt) {
     nlohmann::json description = Description();
     description["contents"] = {{"photos", {{"count", 50}, {"bytesEach", 1'000'000'000}}}};
     Connect(description);
@@ -132,7 +147,7 @@ TEST_F(Stop, EndsALargeFileInTheMiddleAndRemovesIt) {
     ExpectCleanRemains();
 }
 
-TEST_F(Stop, EndsARestore) {
+TEST_P(Stop, EndsARestore) {
     ASSERT_TRUE(EndedWith(BackUp(), kToolDone));
     SetPace(50);
     const auto tool = Start(RestoreCommand());
@@ -141,7 +156,7 @@ TEST_F(Stop, EndsARestore) {
     EXPECT_FALSE(HasExitMessage(*tool));
 }
 
-TEST_F(Stop, EndsAnInformationQuery) {
+TEST_P(Stop, EndsAnInformationQuery) {
     ConnectDeviceWithManyMessages();
     const auto tool = Start(InfoCommand());
     usleep(200'000);
@@ -149,7 +164,7 @@ TEST_F(Stop, EndsAnInformationQuery) {
     EXPECT_THAT(tool->Messages(), IsEmpty());
 }
 
-TEST_F(Stop, EndsARunWhoseMessagesNobodyReads) {
+TEST_P(Stop, EndsARunWhoseMessagesNobodyReads) {
     nlohmann::json description = Description();
     description["contents"]["other"]["count"] = 3000;
     Connect(description);
@@ -159,22 +174,22 @@ TEST_F(Stop, EndsARunWhoseMessagesNobodyReads) {
     ExpectCleanRemains();
 }
 
-TEST_F(Stop, ComesByItselfWhenTheReaderIsGone) {
+TEST_P(Stop, ComesByItselfWhenTheReaderIsGone) {
     const auto tool = Start(BackupCommand(), false);
     tool->Abandon();
     EXPECT_EQ(tool->Wait(), kToolFailed);
 }
 
-TEST_F(Stop, ComesByItselfWhenTheReaderGoesLater) {
+TEST_P(Stop, ComesByItselfWhenTheReaderGoesLater) {
     SetPace(100);
     const auto tool = Start(BackupCommand(), false);
-    ASSERT_TRUE(AwaitFile(BackupPath("31/31bb7ba8914766d4ba40d6dfb6113c8b614be442")));
+    ASSERT_TRUE(AwaitFile(BackupPath(PlaceOf("31bb7ba8914766d4ba40d6dfb6113c8b614be442"))));
     tool->Abandon();
     EXPECT_EQ(tool->Wait(), kToolFailed);
     ExpectCleanRemains();
 }
 
-TEST_F(Stop, DoesNotLoseMessagesToASlowReader) {
+TEST_P(Stop, DoesNotLoseMessagesToASlowReader) {
     nlohmann::json description = Description();
     description["contents"]["other"]["count"] = 2000;
     Connect(description);
@@ -186,7 +201,7 @@ TEST_F(Stop, DoesNotLoseMessagesToASlowReader) {
     EXPECT_GT(tool->Messages().size(), 2000U);
 }
 
-TEST_F(Stop, IsNotForASignalThatWasIgnoredFromTheStart) {
+TEST_P(Stop, IsNotForASignalThatWasIgnoredFromTheStart) {
     m_prepare = [] { std::signal(SIGHUP, SIG_IGN); };
     SetPace(100);
     const auto tool = Start(BackupCommand());
@@ -197,7 +212,7 @@ TEST_F(Stop, IsNotForASignalThatWasIgnoredFromTheStart) {
     EXPECT_EQ(StopWith(SIGTERM, *tool), 128 + SIGTERM);
 }
 
-TEST_F(Stop, ByTerminationIsPossibleAlsoWhenTheHostIgnoresIt) {
+TEST_P(Stop, ByTerminationIsPossibleAlsoWhenTheHostIgnoresIt) {
     m_prepare = [] { std::signal(SIGTERM, SIG_IGN); };
     SetPace(50);
     const auto tool = Start(BackupCommand());

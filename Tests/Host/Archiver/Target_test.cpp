@@ -10,8 +10,10 @@
 #include <sys/mount.h>
 #endif
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "Host/ToolCodes.h"
 #include "Tests/Host/Archiver/ArchiverTool.h"
@@ -24,8 +26,10 @@ using testing::Pair;
 
 namespace {
 
-class Target : public ArchiverTest {
+class TargetTest : public ArchiverTest {
  protected:
+    using ArchiverTest::ArchiverTest;
+
     static constexpr char kPhoto[] = "Media/DCIM/100APPLE/IMG_0001.JPG";
 
     void Put(const std::string& name, const std::string& content = "x") const {
@@ -69,12 +73,20 @@ class SmallDisk {
     bool m_mounted = false;
 };
 
-class MarkOfABackup : public Target, public testing::WithParamInterface<const char*> {};
+class Target : public TargetTest, public testing::WithParamInterface<Phone> {
+ protected:
+    Target() : TargetTest(GetParam()) {}
+};
+
+class MarkOfABackup : public TargetTest, public testing::WithParamInterface<std::tuple<Phone, const char*>> {
+ protected:
+    MarkOfABackup() : TargetTest(std::get<Phone>(GetParam())) {}
+};
 
 }  // namespace
 
 TEST_P(MarkOfABackup, LetsTheFolderBeReplaced) {
-    Put(GetParam());
+    Put(std::get<const char*>(GetParam()));
     Put("00/old");
     Put("deep/er/and/deeper/old");
     Put(".hidden");
@@ -86,14 +98,17 @@ TEST_P(MarkOfABackup, LetsTheFolderBeReplaced) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, MarkOfABackup,
-                         testing::Values("Info.plist", "Status.plist", "Manifest.db", "Manifest.mbdb"));
+                         testing::Combine(BothPhones(), testing::Values("Info.plist", "Status.plist",
+                                                                        "Manifest.db", "Manifest.mbdb")));
 
-TEST_F(Target, MayBeAnEmptyFolder) {
+INSTANTIATE_TEST_SUITE_P(Phones, Target, BothPhones(), testing::PrintToStringParamName());
+
+TEST_P(Target, MayBeAnEmptyFolder) {
     fs::create_directories(BackupPath());
     EXPECT_TRUE(EndedWith(BackUp(), kToolDone));
 }
 
-TEST_F(Target, IsReplacedAgainAndAgain) {
+TEST_P(Target, IsReplacedAgainAndAgain) {
     ASSERT_TRUE(EndedWith(BackUp(), kToolDone));
     nlohmann::json description = Description();
     description["contents"].erase("photos");
@@ -103,7 +118,22 @@ TEST_F(Target, IsReplacedAgainAndAgain) {
     EXPECT_FALSE(fs::exists(BackupPath(PlaceOf("CameraRollDomain", kPhoto))));
 }
 
-TEST_F(Target, IsLeftAloneWhenItHoldsSomethingElse) {
+TEST_P(Target, IsReplacedWhenTheSystemOfTheDeviceWasChanged) {
+    ASSERT_TRUE(EndedWith(BackUp(), kToolDone));
+    const Phone other = m_phone.isFlat ? kNewPhone : kOldPhone;
+    nlohmann::json description = Description();
+    description["systemVersion"] = other.systemVersion;
+    Connect(description);
+    ASSERT_TRUE(EndedWith(BackUp(), kToolDone));
+    EXPECT_FALSE(fs::exists(CataloguePath()));
+    EXPECT_FALSE(fs::exists(BackupPath(PlaceOf("CameraRollDomain", kPhoto))));
+    m_phone = other;
+    EXPECT_TRUE(fs::exists(CataloguePath()));
+    EXPECT_TRUE(fs::exists(BackupPath(PlaceOf("CameraRollDomain", kPhoto))));
+    EXPECT_TRUE(EndedWith(Run(RestoreCommand()), kToolDone));
+}
+
+TEST_P(Target, IsLeftAloneWhenItHoldsSomethingElse) {
     Put("holiday.jpg", "precious");
     Put("sub/Info.plist", "precious too");
     const ToolRun run = BackUp();
@@ -114,7 +144,7 @@ TEST_F(Target, IsLeftAloneWhenItHoldsSomethingElse) {
     EXPECT_THAT(tree, Contains(Pair("holiday.jpg", "precious")));
 }
 
-TEST_F(Target, IsNotTakenForABackupBecauseOfALink) {
+TEST_P(Target, IsNotTakenForABackupBecauseOfALink) {
     m_folder.Write("elsewhere", "precious");
     fs::create_directories(BackupPath());
     fs::create_symlink(Path("elsewhere"), BackupPath("Info.plist"));
@@ -122,7 +152,7 @@ TEST_F(Target, IsNotTakenForABackupBecauseOfALink) {
     EXPECT_TRUE(fs::is_symlink(BackupPath("Info.plist")));
 }
 
-TEST_F(Target, MustNotBeALink) {
+TEST_P(Target, MustNotBeALink) {
     m_folder.Write("elsewhere/Info.plist", "precious");
     fs::create_directories(Path("backups"));
     fs::create_directory_symlink(Path("elsewhere"), BackupPath());
@@ -132,7 +162,7 @@ TEST_F(Target, MustNotBeALink) {
     EXPECT_EQ(ReadTree(Path("elsewhere")).size(), 1U);
 }
 
-TEST_F(Target, IsReplacedWithoutFollowingLinks) {
+TEST_P(Target, IsReplacedWithoutFollowingLinks) {
     m_folder.Write("elsewhere/precious", "precious");
     Put("Info.plist");
     fs::create_directory_symlink(Path("elsewhere"), BackupPath("00"));
@@ -144,7 +174,7 @@ TEST_F(Target, IsReplacedWithoutFollowingLinks) {
     EXPECT_FALSE(fs::exists(BackupPath("other")));
 }
 
-TEST_F(Target, MustBeGiven) {
+TEST_P(Target, MustBeGiven) {
     std::string command = BackupCommand("-");
     command.replace(command.find("|-|") + 1, 1, "");
     const ToolRun run = Run(command);
@@ -152,14 +182,14 @@ TEST_F(Target, MustBeGiven) {
     EXPECT_THAT(run.errors, HasSubstr("no folder is given"));
 }
 
-TEST_F(Target, MustNotLieBelowAFile) {
+TEST_P(Target, MustNotLieBelowAFile) {
     m_folder.Write("file");
     const ToolRun run = Run(BackupCommand(Path("file/below")));
     EXPECT_TRUE(EndedWith(run, kToolNotWritable));
     EXPECT_THAT(run.errors, HasSubstr(Path("file")));
 }
 
-TEST_F(Target, MustNotBeAFile) {
+TEST_P(Target, MustNotBeAFile) {
     m_folder.Write("backups/" + std::string(kUdid), "precious");
     const ToolRun run = BackUp();
     EXPECT_TRUE(EndedWith(run, kToolNotWritable));
@@ -167,7 +197,7 @@ TEST_F(Target, MustNotBeAFile) {
     EXPECT_EQ(ReadWholeFile(BackupPath()), "precious");
 }
 
-TEST_F(Target, MustBeWritable) {
+TEST_P(Target, MustBeWritable) {
 #if defined(__linux__)
     const ToolRun run = Run(BackupCommand("/proc/backups"));
     EXPECT_TRUE(EndedWith(run, kToolNotWritable));
@@ -177,13 +207,13 @@ TEST_F(Target, MustBeWritable) {
 #endif
 }
 
-TEST_F(Target, HasAPathThatTheSystemTakes) {
+TEST_P(Target, HasAPathThatTheSystemTakes) {
     const ToolRun run = Run(BackupCommand(Path(std::string(300, 'x'))));
     EXPECT_TRUE(EndedWith(run, kToolNotWritable));
     EXPECT_THAT(run.errors, HasSubstr("xxx"));
 }
 
-TEST_F(Target, IsFullForALargeFile) {
+TEST_P(Target, IsFullForALargeFile) {
     LimitFileSize(250'000);
     const ToolRun run = BackUp();
     EXPECT_TRUE(EndedWith(run, kToolDiskFull));
@@ -191,31 +221,31 @@ TEST_F(Target, IsFullForALargeFile) {
     EXPECT_THAT(run.errors, HasSubstr(place));
     // What was written of it is gone; what was finished is there.
     EXPECT_FALSE(fs::exists(BackupPath(place)));
-    EXPECT_TRUE(fs::exists(BackupPath("3d/3d0d7e5fb2ce288813306e4d4636395e047a3d28")));
+    EXPECT_TRUE(fs::exists(BackupPath(PlaceOf("3d0d7e5fb2ce288813306e4d4636395e047a3d28"))));
     EXPECT_THAT(ReadPlist(BackupPath("Status.plist")), Contains(Pair("SnapshotState", "uploading")));
 }
 
-TEST_F(Target, IsFullForADatabase) {
+TEST_P(Target, IsFullForADatabase) {
     LimitFileSize(20'000);
     const ToolRun run = BackUp();
     EXPECT_TRUE(EndedWith(run, kToolDiskFull));
     EXPECT_THAT(run.errors, HasSubstr("31bb7ba8914766d4ba40d6dfb6113c8b614be442"));
-    EXPECT_FALSE(fs::exists(BackupPath("31/31bb7ba8914766d4ba40d6dfb6113c8b614be442")));
-    EXPECT_FALSE(fs::exists(BackupPath("Manifest.db")));
+    EXPECT_FALSE(fs::exists(BackupPath(PlaceOf("31bb7ba8914766d4ba40d6dfb6113c8b614be442"))));
+    EXPECT_FALSE(fs::exists(CataloguePath()));
 }
 
-TEST_F(Target, IsFullForTheCatalogue) {
+TEST_P(Target, IsFullForTheCatalogue) {
     nlohmann::json description = Description();
     description["contents"] = {{"other", {{"count", 400}, {"bytesEach", 10}}}};
     Connect(description);
-    LimitFileSize(100'000);
+    LimitFileSize(40'000);
     const ToolRun run = BackUp();
     EXPECT_TRUE(EndedWith(run, kToolDiskFull));
-    EXPECT_THAT(run.errors, HasSubstr("Manifest.db"));
-    EXPECT_FALSE(fs::exists(BackupPath("Manifest.db")));
+    EXPECT_THAT(run.errors, HasSubstr(m_phone.catalogue));
+    EXPECT_FALSE(fs::exists(CataloguePath()));
 }
 
-TEST_F(Target, IsFullWhenTheDiskIs) {
+TEST_P(Target, IsFullWhenTheDiskIs) {
     const SmallDisk disk(Path("small"), "size=1m");
     if (!disk.IsMounted()) GTEST_SKIP() << "cannot mount a small file system";
     const ToolRun run = Run(BackupCommand(Path("small")));
@@ -223,15 +253,36 @@ TEST_F(Target, IsFullWhenTheDiskIs) {
     EXPECT_THAT(run.errors, HasSubstr("No space left"));
 }
 
-TEST_F(Target, IsFullForADatabaseWhenTheDiskIs) {
+TEST_P(Target, IsFullForADatabaseWhenTheDiskIs) {
     const SmallDisk disk(Path("small"), "size=64k");
     if (!disk.IsMounted()) GTEST_SKIP() << "cannot mount a small file system";
     const ToolRun run = Run(BackupCommand(Path("small")));
     EXPECT_TRUE(EndedWith(run, kToolDiskFull));
-    EXPECT_FALSE(fs::exists(Path(std::string("small/") + kUdid + "/Manifest.db")));
+    EXPECT_FALSE(fs::exists(Path(std::string("small/") + kUdid + "/" + m_phone.catalogue)));
 }
 
-TEST_F(Target, MakesRoomBeforeAnythingIsWritten) {
+TEST_P(Target, IsFullForTheCatalogueWhenTheDiskIs) {
+    nlohmann::json description = Description();
+    description["contents"] = {{"other", {{"count", 400}, {"bytesEach", 10}}}};
+    Connect(description);
+    ASSERT_TRUE(EndedWith(BackUp(), kToolDone));
+    // Of a backup like that one, all files that come before the catalogue and some of the catalogue fit.
+    constexpr std::uintmax_t kPage = 4096;
+    std::uintmax_t pages = 5;
+    for (const auto& [place, bytes] : ReadTree(BackupPath())) {
+        if (place != m_phone.catalogue && place != "Manifest.plist")
+            pages += (bytes.size() + kPage - 1) / kPage;
+    }
+    const std::string options = "size=" + std::to_string(pages * kPage);
+    const SmallDisk disk(Path("small"), options.c_str());
+    if (!disk.IsMounted()) GTEST_SKIP() << "cannot mount a small file system";
+    const ToolRun run = Run(BackupCommand(Path("small")));
+    EXPECT_TRUE(EndedWith(run, kToolDiskFull));
+    EXPECT_THAT(run.errors, HasSubstr(m_phone.catalogue));
+    EXPECT_FALSE(fs::exists(Path(std::string("small/") + kUdid + "/" + m_phone.catalogue)));
+}
+
+TEST_P(Target, MakesRoomBeforeAnythingIsWritten) {
     nlohmann::json description = Description();
     description["contents"] = {{"photos", {{"count", 10}, {"bytesEach", 150'000}}}};
     Connect(description);
@@ -242,7 +293,7 @@ TEST_F(Target, MakesRoomBeforeAnythingIsWritten) {
 }
 
 #if defined(__linux__)
-TEST_F(Target, OnAReadOnlyFileSystemIsNotWritable) {
+TEST_P(Target, OnAReadOnlyFileSystemIsNotWritable) {
     const SmallDisk disk(Path("small"), "size=1m");
     if (!disk.IsMounted()) GTEST_SKIP() << "cannot mount a small file system";
     ASSERT_EQ(mount("none", Path("small").c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr), 0);
