@@ -105,6 +105,25 @@ TEST_F(TypedBackupTest, EveryCombinationKeepsItsOwnFilesOnly) {
     EXPECT_LT(together.size() + 50, all.size()) << "no photos";
 }
 
+TEST_F(TypedBackupTest, OfVersion9KeepsTheSameFiles) {
+    for (const std::string types :
+         {"messages", "whatsapp", "wechat", "messages,contacts", "messages,whatsapp,wechat,contacts"}) {
+        host.HasDeviceWith(kPhone);
+        const Finished newer = BackedUp(types, {"--json"});
+        ASSERT_EQ(newer.code, 0) << newer.output;
+        const std::set<std::string> expected = Hashed(Objects(newer.output).back()["path"]);
+        fs::remove_all(host.Backups());  // two jobs of one second would have one folder
+        host.HasDeviceWith(kPhone, "9.3.5");
+        const Finished older = BackedUp(types, {"--json"});
+        ASSERT_EQ(older.code, 0) << older.output;
+        const std::string path = Objects(older.output).back()["path"];
+        EXPECT_EQ(Hashed(path), expected) << types;
+        EXPECT_TRUE(fs::exists(path + "/Manifest.mbdb"));
+        EXPECT_THAT(ReadWholeFile(path + "/../backup_config.ini"), HasSubstr("hashcache = ")) << types;
+        fs::remove_all(host.Backups());
+    }
+}
+
 TEST_F(TypedBackupTest, FullKeepsEverything) {
     const Finished backup = BackedUp("full", {"--json"});
     ASSERT_EQ(backup.code, 0);

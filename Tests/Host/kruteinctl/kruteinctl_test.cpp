@@ -174,6 +174,27 @@ TEST_F(HostTest, SizeIsThatOfTheFiles) {
                 HasSubstr("(" + std::to_string(bytes) + " bytes)"));
 }
 
+TEST_F(HostTest, ADeviceOfVersion9IsBackedUpAndRestored) {
+    const std::string udid = "5d41f0a9c2b7e63814d09a5be7c3f2168a90d4e1";
+    fs::copy(HOST_RESOURCES "/SampleDevices/" + udid + ".json", host.Folder().Path("devices"));
+    const Finished backup = host.Run({"backup", udid, "--to", host.Backups(), "--json"});
+    ASSERT_EQ(backup.code, 0) << backup.output;
+    std::uintmax_t bytes = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(host.Backups() + "/" + udid)) {
+        EXPECT_TRUE(entry.is_regular_file())
+            << entry.path() << " is in the older layout, which has no folders";
+        bytes += entry.file_size();
+    }
+    EXPECT_EQ(Objects(backup.output).back()["bytes"], bytes);
+    EXPECT_TRUE(fs::exists(host.Backups() + "/" + udid + "/Manifest.mbdb"));
+    const Finished restore = host.Run({"restore", udid, "--from", host.Backups()});
+    EXPECT_EQ(restore.code, 0) << restore.errors;
+    EXPECT_THAT(restore.output, HasSubstr("100%"));
+
+    fs::remove(host.Backups() + "/" + udid + "/3d0d7e5fb2ce288813306e4d4636395e047a3d28");
+    EXPECT_EQ(host.Run({"restore", udid, "--from", host.Backups()}).code, 8);
+}
+
 // Failures: each cause has its code.
 
 TEST_F(HostTest, NoSuchDevice) {
