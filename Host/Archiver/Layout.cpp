@@ -5,6 +5,7 @@ namespace {
 
 constexpr int kFirstVersionWithFolders = 10;
 constexpr std::size_t kFolderChars = 2;
+constexpr std::size_t kIdDigits = 40;
 
 }  // namespace
 
@@ -14,6 +15,10 @@ Layout LayoutOf(const SampleDevice& device) {
 
 std::string CatalogueName(Layout layout) {
     return layout == Layout::kFlat ? kManifestMbdbName : kManifestDbName;
+}
+
+bool IsFileId(std::string_view text) {
+    return text.size() == kIdDigits && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 std::string PlaceOf(Layout layout, const std::string& fileId) {

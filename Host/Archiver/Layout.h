@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "Host/SampleDevice/SampleDevice.h"
 
@@ -21,6 +22,9 @@ constexpr char kManifestDbName[] = "Manifest.db";
 Layout LayoutOf(const SampleDevice& device);
 
 std::string CatalogueName(Layout layout);
+
+/// Whether a file of a device could be called so in a backup.
+bool IsFileId(std::string_view text);
 
 /// Where a file lies below the backup's folder.
 std::string PlaceOf(Layout layout, const std::string& fileId);

@@ -19,8 +19,6 @@ constexpr char kIndexes[] =
     "CREATE INDEX FilesDomainIdx ON Files (domain);"
     "CREATE INDEX FilesRelativePathIdx ON Files (relativePath);";
 
-constexpr std::size_t kIdDigits = 40;
-
 /// Chooses rows, of files and others, for a selection.
 std::string Where(Selection selection) {
     if (selection == Selection::kAllFiles) return " WHERE true";
@@ -29,10 +27,6 @@ std::string Where(Selection selection) {
     const std::string behind = folder.substr(0, folder.size() - 1) + "0";
     return std::string(" WHERE domain = '") + kHomeDomain + "' AND relativePath >= '" + folder +
            "' AND relativePath < '" + behind + "'";
-}
-
-bool IsFileId(std::string_view text) {
-    return text.size() == kIdDigits && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
 }  // namespace

@@ -159,7 +159,8 @@ bool ManifestMbdbReader::NextFile(CatalogueEntry& entry) {
     return false;
 }
 
-/// A catalogue that was cut between two records is not told from one that never had more.
+/// A catalogue that was cut between two records cannot be told from one that never had more; whoever knows
+/// the files of the backup can (StoredBackup).
 Mbdb ManifestMbdbReader::Open() const {
     struct stat info {};
     if (stat(m_path.c_str(), &info) != 0) ThrowDamaged(std::generic_category().message(errno));

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "Host/Archiver/FolderTree.h"
 #include "Host/Archiver/StopFlag.h"
 #include "Host/Archiver/ToolError.h"
 #include "Host/BackupFormat/SnapshotState.h"
@@ -63,13 +64,28 @@ BackupFacts StoredBackup::Facts() const {
 
 std::unique_ptr<CatalogueReader> StoredBackup::OpenCatalogue(Selection selection) {
     m_layout = FindLayout();
-    return krutein::OpenCatalogue(m_layout, m_path + "/" + CatalogueName(m_layout), selection);
+    const std::string path = m_path + "/" + CatalogueName(m_layout);
+    // Only the catalogue of this layout can be cut so that it does not show.
+    if (m_layout == Layout::kFlat) {
+        RefuseUnlisted(krutein::OpenCatalogue(m_layout, path, Selection::kAllFiles)->CountFiles());
+    }
+    return krutein::OpenCatalogue(m_layout, path, selection);
 }
 
 bool StoredBackup::HasCatalogue(Layout layout) const {
     struct stat info {};
     const std::string name = CatalogueName(layout);
     return fstatat(m_folder.Get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(info.st_mode);
+}
+
+/// \param listed  how many files the catalogue of a flat backup lists.
+void StoredBackup::RefuseUnlisted(int listed) const {
+    int files = 0;
+    ForEachName(m_folder.Get(), m_path,
+                [&files](const std::string& name) { files += IsFileId(name) ? 1 : 0; });
+    if (files <= listed) return;
+    ThrowDamaged(m_path, "has " + std::to_string(files) + " files, of which its catalogue lists only " +
+                             std::to_string(listed));
 }
 
 /// The catalogue tells the layout. A backup that has both is not guessed at.

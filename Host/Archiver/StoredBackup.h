@@ -30,6 +30,7 @@ class StoredBackup {
  private:
     bool HasCatalogue(Layout layout) const;
     Layout FindLayout() const;
+    void RefuseUnlisted(int listed) const;
     UniqueFd OpenFile(const std::string& place) const;
     std::string ReadDescription(const std::string& name) const;
 

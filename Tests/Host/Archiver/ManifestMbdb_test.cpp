@@ -12,6 +12,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "Host/ToolCodes.h"
 #include "Module/BackupLib/mbdb/mbdb.h"
@@ -23,10 +24,7 @@ namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::Contains;
 using testing::Ge;
-using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Lt;
-using testing::Not;
 using testing::Pair;
 
 namespace {
@@ -55,6 +53,10 @@ class ManifestMbdb : public ArchiverTest {
 class TamperedManifestMbdb : public RestoreTest {
  protected:
     TamperedManifestMbdb() : RestoreTest(kOldPhone) {}
+    void SetUp() override {
+        RestoreTest::SetUp();
+        m_listed = ReadCatalogue(BackupPath());
+    }
 
     void Change(const std::function<void(mbdb_record_t*)>& change) const {
         const Mbdb catalogue = Open(CataloguePath());
@@ -70,6 +72,8 @@ class TamperedManifestMbdb : public RestoreTest {
     void Write(const std::string& content) const {
         m_folder.Write("backups/" + std::string(kUdid) + "/Manifest.mbdb", content);
     }
+
+    std::vector<ListedEntry> m_listed;  ///< as the tool wrote it
 };
 
 }  // namespace
@@ -162,8 +166,27 @@ TEST_F(TamperedManifestMbdb, IsNoticedWhenSomethingStandsBehindTheRecords) {
                   " bytes can be read");
 }
 
-TEST_F(TamperedManifestMbdb, MayBeEmpty) {
+TEST_F(TamperedManifestMbdb, IsNoticedWhenItWasCutBetweenTwoRecordsAndLostAFile) {
+    const std::string whole = ReadWholeFile(CataloguePath());
+    const Mbdb catalogue = Open(CataloguePath());
+    std::size_t left = whole.size();
+    int lost = 0;
+    for (auto record = catalogue->records.rbegin(); record != catalogue->records.rend(); ++record) {
+        left -= (*record)->record_size;
+        Write(whole.substr(0, left));
+        if (S_ISREG((*record)->mode)) ++lost;
+        if (lost == 0) continue;
+        ExpectDamaged("of which its catalogue lists only");
+        EXPECT_TRUE(EndedWith(Run(RestoreSettingsCommand()), kToolBackupDamaged));
+    }
+    EXPECT_EQ(left, 6U);
+    EXPECT_GT(lost, 10);
+}
+
+TEST_F(TamperedManifestMbdb, MayBeEmptyWhenThereIsNoFile) {
     Write(std::string("mbdb\x05\x00", 6));
+    for (const ListedEntry& entry : m_listed)
+        fs::remove(BackupPath(entry.fileId));
     const ToolRun run = Run(RestoreCommand());
     EXPECT_TRUE(EndedWith(run, kToolDone));
     EXPECT_EQ(run.Progress().size(), 1U);
