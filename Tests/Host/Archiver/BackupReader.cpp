@@ -113,7 +113,7 @@ class MbdbCursor {
     std::string Text() {
         const std::uint64_t length = Number(2);
         if (length == 0xFFFF) return {};
-        const std::string text = m_bytes.substr(std::min(m_next, m_bytes.size()), length);
+        std::string text = m_bytes.substr(std::min(m_next, m_bytes.size()), length);
         m_next += length;
         return text;
     }

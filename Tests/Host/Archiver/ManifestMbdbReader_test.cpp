@@ -84,7 +84,7 @@ TEST_F(ManifestMbdbReaderTest, ReadsWhatWasWritten) {
 TEST_F(ManifestMbdbReaderTest, NoticesEveryCutButThoseBetweenTwoRecords) {
     // 50 bytes, and the texts: domain, path, link target.
     std::set<std::size_t> ends{6};
-    for (const std::size_t texts : {10, 17, 19, 32, 20})
+    for (const unsigned texts : {10U, 17U, 19U, 32U, 20U})
         ends.insert(*ends.rbegin() + 50 + texts);
     ASSERT_EQ(*ends.rbegin(), m_bytes.size());
     for (std::size_t left = 0; left <= m_bytes.size(); ++left)
