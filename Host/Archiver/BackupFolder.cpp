@@ -23,7 +23,7 @@ constexpr const char* kMarks[] = {kInfoName, kStatusName, kManifestDbName, kMani
 
 }  // namespace
 
-BackupFolder::BackupFolder(const std::string& path, Layout layout)
+BackupFolder::BackupFolder(const std::string& path, BackupLayout layout)
     : m_path(path), m_layout(layout), m_chunk(kChunkBytes) {
     MakeFolders(path);
     // A link is not followed: what it leads to was not chosen as this device's backup.
@@ -71,7 +71,7 @@ void BackupFolder::PutDescription(const std::string& name, const std::string& co
 }
 
 void BackupFolder::EnsureFolderFor(const std::string& fileId) {
-    if (m_layout == Layout::kFlat) return;
+    if (m_layout == BackupLayout::kOlder) return;
     const std::string folder = fileId.substr(0, 2);
     bool& exists = m_hasFolder.at(std::stoul(folder, nullptr, 16));
     if (exists) return;

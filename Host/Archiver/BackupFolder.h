@@ -16,7 +16,7 @@ class BackupFolder : public FileStore {
  public:
     /// Opens the folder, or creates it and the ones above it. Nothing in it is touched.
     /// \throws ToolError also when it holds something that is no backup
-    BackupFolder(const std::string& path, Layout layout);
+    BackupFolder(const std::string& path, BackupLayout layout);
 
     /// Removes an earlier backup. From the first moment on the folder counts as an unfinished backup, so that
     /// also after an interruption here the next run takes it for one.
@@ -38,7 +38,7 @@ class BackupFolder : public FileStore {
     std::string PathOf(const std::string& place) const { return m_path + "/" + place; }
 
     std::string m_path;
-    Layout m_layout;
+    BackupLayout m_layout;
     UniqueFd m_folder;
     std::array<bool, kFolders> m_hasFolder{};  ///< for the first two characters of file IDs
     std::vector<char> m_chunk;

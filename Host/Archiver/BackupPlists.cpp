@@ -39,7 +39,8 @@ struct FormatVersions {
 };
 
 FormatVersions VersionsOf(const SampleDevice& device) {
-    return LayoutOf(device) == Layout::kFlat ? FormatVersions{"2.4", "9.1"} : FormatVersions{"3.3", "10.0"};
+    return LayoutOf(device) == BackupLayout::kOlder ? FormatVersions{"2.4", "9.1"}
+                                                    : FormatVersions{"3.3", "10.0"};
 }
 
 using PlistOwner = std::unique_ptr<void, void (*)(plist_t)>;

@@ -5,13 +5,14 @@
 
 namespace krutein {
 
-std::unique_ptr<CatalogueWriter> CreateCatalogue(Layout layout, const std::string& path) {
-    if (layout == Layout::kFlat) return std::make_unique<ManifestMbdbWriter>(path);
+std::unique_ptr<CatalogueWriter> CreateCatalogue(BackupLayout layout, const std::string& path) {
+    if (layout == BackupLayout::kOlder) return std::make_unique<ManifestMbdbWriter>(path);
     return std::make_unique<ManifestDbWriter>(path);
 }
 
-std::unique_ptr<CatalogueReader> OpenCatalogue(Layout layout, const std::string& path, Selection selection) {
-    if (layout == Layout::kFlat) return std::make_unique<ManifestMbdbReader>(path, selection);
+std::unique_ptr<CatalogueReader> OpenCatalogue(BackupLayout layout, const std::string& path,
+                                               Selection selection) {
+    if (layout == BackupLayout::kOlder) return std::make_unique<ManifestMbdbReader>(path, selection);
     return std::make_unique<ManifestDbReader>(path, selection);
 }
 

@@ -51,8 +51,9 @@ class CatalogueReader {
 
 /// Begins the catalogue of a new backup.
 /// \param path  of the file, which must not exist; "" for one that is thrown away at the end.
-std::unique_ptr<CatalogueWriter> CreateCatalogue(Layout layout, const std::string& path);
+std::unique_ptr<CatalogueWriter> CreateCatalogue(BackupLayout layout, const std::string& path);
 
-std::unique_ptr<CatalogueReader> OpenCatalogue(Layout layout, const std::string& path, Selection selection);
+std::unique_ptr<CatalogueReader> OpenCatalogue(BackupLayout layout, const std::string& path,
+                                               Selection selection);
 
 }  // namespace krutein

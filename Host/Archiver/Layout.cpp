@@ -9,20 +9,20 @@ constexpr std::size_t kIdDigits = 40;
 
 }  // namespace
 
-Layout LayoutOf(const SampleDevice& device) {
-    return device.MajorVersion() < kFirstVersionWithFolders ? Layout::kFlat : Layout::kFolders;
+BackupLayout LayoutOf(const SampleDevice& device) {
+    return device.MajorVersion() < kFirstVersionWithFolders ? BackupLayout::kOlder : BackupLayout::kNewer;
 }
 
-std::string CatalogueName(Layout layout) {
-    return layout == Layout::kFlat ? kManifestMbdbName : kManifestDbName;
+std::string CatalogueName(BackupLayout layout) {
+    return layout == BackupLayout::kOlder ? kManifestMbdbName : kManifestDbName;
 }
 
 bool IsFileId(std::string_view text) {
     return text.size() == kIdDigits && text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-std::string PlaceOf(Layout layout, const std::string& fileId) {
-    return layout == Layout::kFlat ? fileId : fileId.substr(0, kFolderChars) + "/" + fileId;
+std::string PlaceOf(BackupLayout layout, const std::string& fileId) {
+    return layout == BackupLayout::kOlder ? fileId : fileId.substr(0, kFolderChars) + "/" + fileId;
 }
 
 std::optional<std::string> BackupFolderPath(const std::string& backupPath, const std::string& udid) {

@@ -4,30 +4,25 @@
 #include <string>
 #include <string_view>
 
+#include "Host/BackupFormat/FileId.h"
 #include "Host/SampleDevice/SampleDevice.h"
 
 /// Where the files of a backup lie, and what its catalogue is called.
 namespace krutein {
 
-enum class Layout {
-    kFlat,    ///< up to version 9: all files in the backup's folder, listed in Manifest.mbdb
-    kFolders  ///< from version 10 on: in folders named for the first two characters of the file ID, listed in
-              ///< Manifest.db
-};
-
 constexpr char kManifestMbdbName[] = "Manifest.mbdb";
 constexpr char kManifestDbName[] = "Manifest.db";
 
 /// The layout that a device's backups have.
-Layout LayoutOf(const SampleDevice& device);
+BackupLayout LayoutOf(const SampleDevice& device);
 
-std::string CatalogueName(Layout layout);
+std::string CatalogueName(BackupLayout layout);
 
 /// Whether a file of a device could be called so in a backup.
 bool IsFileId(std::string_view text);
 
 /// Where a file lies below the backup's folder.
-std::string PlaceOf(Layout layout, const std::string& fileId);
+std::string PlaceOf(BackupLayout layout, const std::string& fileId);
 
 /// The folder of a device's backup.
 /// \param udid  may be any text.

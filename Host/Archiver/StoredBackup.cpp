@@ -66,13 +66,13 @@ std::unique_ptr<CatalogueReader> StoredBackup::OpenCatalogue(Selection selection
     m_layout = FindLayout();
     const std::string path = m_path + "/" + CatalogueName(m_layout);
     // Only the catalogue of this layout can be cut so that it does not show.
-    if (m_layout == Layout::kFlat) {
+    if (m_layout == BackupLayout::kOlder) {
         RefuseUnlisted(krutein::OpenCatalogue(m_layout, path, Selection::kAllFiles)->CountFiles());
     }
     return krutein::OpenCatalogue(m_layout, path, selection);
 }
 
-bool StoredBackup::HasCatalogue(Layout layout) const {
+bool StoredBackup::HasCatalogue(BackupLayout layout) const {
     struct stat info {};
     const std::string name = CatalogueName(layout);
     return fstatat(m_folder.Get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(info.st_mode);
@@ -89,13 +89,13 @@ void StoredBackup::RefuseUnlisted(int listed) const {
 }
 
 /// The catalogue tells the layout. A backup that has both is not guessed at.
-Layout StoredBackup::FindLayout() const {
-    const bool flat = HasCatalogue(Layout::kFlat);
-    if (flat == HasCatalogue(Layout::kFolders)) {
+BackupLayout StoredBackup::FindLayout() const {
+    const bool flat = HasCatalogue(BackupLayout::kOlder);
+    if (flat == HasCatalogue(BackupLayout::kNewer)) {
         ThrowDamaged(m_path, std::string("has ") + (flat ? "both " : "neither ") + kManifestDbName +
                                  (flat ? " and " : " nor ") + kManifestMbdbName);
     }
-    return flat ? Layout::kFlat : Layout::kFolders;
+    return flat ? BackupLayout::kOlder : BackupLayout::kNewer;
 }
 
 void StoredBackup::ReadFile(const CatalogueEntry& entry) {

@@ -28,15 +28,15 @@ class StoredBackup {
     void ReadFile(const CatalogueEntry& entry);
 
  private:
-    bool HasCatalogue(Layout layout) const;
-    Layout FindLayout() const;
+    bool HasCatalogue(BackupLayout layout) const;
+    BackupLayout FindLayout() const;
     void RefuseUnlisted(int listed) const;
     UniqueFd OpenFile(const std::string& place) const;
     std::string ReadDescription(const std::string& name) const;
 
     std::string m_path;
     UniqueFd m_folder;
-    Layout m_layout = Layout::kFolders;  ///< from OpenCatalogue on
+    BackupLayout m_layout = BackupLayout::kNewer;  ///< from OpenCatalogue on
     std::vector<char> m_chunk;
 };
 
