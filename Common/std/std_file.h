@@ -108,3 +108,15 @@ KRUTEIN_API bool STD_FILE_RenameDirW(std::wstring oldPath, std::wstring newPath)
 /// \return true when the folder is gone, also when it never was. The wide twin removes nothing.
 KRUTEIN_API bool STD_FILE_DeleteEmptyDirA(std::string dir);
 KRUTEIN_API bool STD_FILE_DeleteEmptyDirW(std::wstring dir);
+
+/// Loads a text file and fills its placeholders: "$$1" stands for the first text, "$$2" for the second and so
+/// on, each as often as it occurs. They are filled in this order over the whole text, so a text that holds
+/// "$$3" is filled in later, and "$$10" becomes the first text and a "0". Placeholders beyond `count` stay.
+/// \param folder    with or without a '/' at its end.
+/// \param fileName  read as bytes up to the first zero byte.
+/// \param count     number of the further arguments, all of them const char*, UTF-8; less than 1 for none.
+/// \return the filled text; "" for a file that is missing, empty or cannot be read. The wide twin, whose
+///         further arguments are const wchar_t*, reads nothing: always L"".
+KRUTEIN_API std::string STD_FILE_LoadTextTempleteA(std::string folder, std::string fileName, int count, ...);
+KRUTEIN_API std::wstring STD_FILE_LoadTextTempleteW(std::wstring folder, std::wstring fileName, int count,
+                                                    ...);
