@@ -2,6 +2,7 @@
 
 #include "Common/log/LogHandler.h"
 #include "Module/Sync/Backup.h"
+#include "Module/Sync/DeviceInfo.h"
 
 namespace {
 
@@ -17,8 +18,9 @@ CSync* CSync::GetInstance() {
     return instance;
 }
 
-IDeviceInfo* CSync::GetDeviceInfo(const char* /*udid*/) {
-    return nullptr;
+IDeviceInfo* CSync::GetDeviceInfo(const char* udid) {
+    CDeviceInfo* const device = CDeviceInfo::GetInstance();
+    return device->Init(udid == nullptr ? "" : udid) ? device : nullptr;
 }
 
 IBackup* CSync::GetBackup() {
