@@ -116,10 +116,10 @@ void ChildProcess::Signal(int number) const {
     kill(m_pid, number);
 }
 
-bool ChildProcess::AwaitOutput(const std::string& text) {
+bool ChildProcess::AwaitOutput(const std::string& text, std::size_t seen) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < deadline) {
-        if (Output().find(text) != std::string::npos) return true;
+        if (Output().find(text, seen) != std::string::npos) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return false;

@@ -37,8 +37,8 @@ class ChildProcess {
     void Signal(int number) const;
     pid_t Pid() const { return m_pid; }
 
-    /// Waits up to 30 seconds until the output so far holds the text.
-    bool AwaitOutput(const std::string& text);
+    /// Waits up to 30 seconds until the output so far holds the text, behind its first `seen` bytes.
+    bool AwaitOutput(const std::string& text, std::size_t seen = 0);
 
     /// What it printed so far; all of it after Wait.
     std::string Output();
