@@ -81,6 +81,12 @@ const std::vector<ExitCodeRow>& ExitCodeTable() {
         {ExitCode::kNoData, "no_data", "the device has nothing of the wanted types"},
         {ExitCode::kEncrypted, "encrypted", "the backup is encrypted and cannot be looked into"},
         {ExitCode::kNotConfigured, "not_configured", "nothing is configured for the wanted types"},
+        {ExitCode::kNoDaemon, "no_daemon", "no device daemon is running"},
+        {ExitCode::kSeveralDevices, "several_devices", "several devices are connected, and none was named"},
+        {ExitCode::kNotPaired, "not_paired", "the device does not trust this computer"},
+        {ExitCode::kDeviceLocked, "device_locked", "the device is locked with its passcode"},
+        {ExitCode::kDeviceGone, "device_gone", "the device was disconnected in the middle"},
+        {ExitCode::kDeviceSilent, "device_silent", "the device did not answer in time"},
         {ExitCode::kStopped, "stopped", "stopped by Ctrl-C or a signal"},
     };
     return table;

@@ -18,6 +18,12 @@ enum class ExitCode : int {
     kNoData = 10,
     kEncrypted = 11,
     kNotConfigured = 12,
+    kNoDaemon = 13,
+    kSeveralDevices = 14,
+    kNotPaired = 15,
+    kDeviceLocked = 16,
+    kDeviceGone = 17,
+    kDeviceSilent = 18,
     kStopped = 130
 };
 

@@ -1,21 +1,23 @@
 #pragma once
 
-#include "Host/SampleDevice/SampleDevice.h"
+#include "Host/kruteinctl/DeviceFacts.h"
 #include "Module/BackupLib/BaseDevice.h"
 
-/// The device of a typed backup, with the facts of a sample device's description.
+/// The device of a typed backup. Its facts are those that the device itself tells when it is connected, else
+/// those of a sample device's description.
 class HostDevice : public IBaseDevice {
  public:
-    /// \throws Failure (no device) when there is no such device, or its description cannot be used.
+    /// \throws Failure: no device when there is no such device, or its description cannot be used; not
+    ///         paired, locked, gone or silent when a connected device does not tell.
     explicit HostDevice(const std::string& udid);
 
     std::string GetName() override { return m_facts.name; }
     std::string GetSerialNumber() override { return m_facts.serialNumber; }
     std::string GetVersionString() override { return m_facts.systemVersion; }
-    int GetMajorVersion() override { return m_facts.MajorVersion(); }
+    int GetMajorVersion() override;
     std::string GetProductType() override { return m_facts.productType; }
     std::string GetDeviceID() override { return m_facts.udid; }
 
  private:
-    krutein::SampleDevice m_facts;
+    DeviceFacts m_facts;
 };

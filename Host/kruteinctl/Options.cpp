@@ -14,6 +14,7 @@
 namespace {
 
 constexpr char kBackupHelp[] = "Folder of a backup, or the one around it with its record";
+constexpr int kMaxTimeoutSeconds = 3600;
 constexpr char kSeeHelp[] = "Run 'kruteinctl --help' for the commands";
 
 std::string ExitCodeHelp() {
@@ -37,6 +38,8 @@ class Parser {
         AddFiles();
         AddVerify();
         AddShow();
+        AddDevices();
+        AddInfo();
     }
 
     std::optional<Options> Parse(int count, const char* const* words, std::string& text) {
@@ -50,10 +53,11 @@ class Parser {
             text = out.str();
             return std::nullopt;
         }
-        if (m_options.folder.empty())
+        if (m_options.folder.empty() && m_options.command == CommandName::kBackup)
             throw Failure(ExitCode::kUsage, "--to is required. " + std::string(kSeeHelp));
         if (m_json && m_quiet) throw Failure(ExitCode::kUsage, "--json and --quiet exclude each other");
         if (m_json) m_options.output = Output::kJson;
+        m_options.timeout = std::chrono::seconds(m_timeoutSeconds);
         if (m_quiet) m_options.output = Output::kQuiet;
         return m_options;
     }
@@ -70,14 +74,19 @@ class Parser {
     /// A command that runs the backup tool for a device.
     CLI::App* AddRun(CommandName command, const std::string& description, const std::string& example) {
         CLI::App* const sub = AddCommand(command, description, example);
-        sub->add_option("UDID", m_options.udid,
-                        "The device's identifier: 40 hexadecimal digits, or 8 and 16 with a dash between")
-            ->required();
+        AddUdid(sub);
         AddQuiet(sub);
         return sub;
     }
 
     void AddQuiet(CLI::App* command) { command->add_flag("-q,--quiet", m_quiet, "Print nothing but errors"); }
+
+    /// May be left out, unless the caller demands it.
+    CLI::Option* AddUdid(CLI::App* command) {
+        return command->add_option("UDID", m_options.udid,
+                                   "The device's identifier: 40 hexadecimal digits, or 8 and 16 with a dash "
+                                   "between; by default the only connected device");
+    }
 
     void AddBackup() {
         CLI::App* const backup = AddRun(CommandName::kBackup, "Make a backup of a device",
@@ -113,8 +122,10 @@ class Parser {
     }
 
     void AddSize() {
-        AddFrom(AddRun(CommandName::kSize, "Tell the size of a backup",
-                       "size 00008110-000A2D3E1E08801E --from ~/Backups"));
+        CLI::App* const size = AddRun(CommandName::kSize, "Tell the size of a backup",
+                                      "size 00008110-000A2D3E1E08801E --from ~/Backups");
+        size->get_option("UDID")->required();
+        AddFrom(size);
     }
 
     void AddList() {
@@ -149,6 +160,26 @@ class Parser {
             ->required();
     }
 
+    void AddDevices() {
+        CLI::App* const devices =
+            AddCommand(CommandName::kDevices, "List the connected devices", "devices --watch");
+        devices->add_flag("--watch", m_options.watch, "Tell each device that comes or goes, until Ctrl-C");
+        AddTimeout(devices);
+    }
+
+    void AddInfo() {
+        CLI::App* const info = AddCommand(CommandName::kInfo, "Tell what a connected device says of itself",
+                                          "info 00008110-000A2D3E1E08801E");
+        AddUdid(info);
+        AddTimeout(info);
+    }
+
+    void AddTimeout(CLI::App* command) {
+        command->add_option("--timeout", m_timeoutSeconds, "Seconds to wait for a device at most")
+            ->check(CLI::Range(1, kMaxTimeoutSeconds))
+            ->capture_default_str();
+    }
+
     void AddFrom(CLI::App* command) {
         command
             ->add_option("--from", m_options.folder,
@@ -177,6 +208,7 @@ class Parser {
 
     CLI::App m_app{"kruteinctl: backs up, restores and inspects iOS devices", "kruteinctl"};
     Options m_options;
+    int m_timeoutSeconds = 30;
     bool m_quiet = false;
     bool m_json = false;
 };
@@ -199,6 +231,10 @@ const char* NameOf(CommandName command) {
             return "verify";
         case CommandName::kShow:
             return "show";
+        case CommandName::kDevices:
+            return "devices";
+        case CommandName::kInfo:
+            return "info";
     }
     return "";
 }

@@ -1,16 +1,17 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
-enum class CommandName { kBackup, kRestore, kSize, kList, kFiles, kVerify, kShow };
+enum class CommandName { kBackup, kRestore, kSize, kList, kFiles, kVerify, kShow, kDevices, kInfo };
 
 enum class Output { kPeople, kQuiet, kJson };
 
 /// What the user asked for.
 struct Options {
     CommandName command = CommandName::kBackup;
-    std::string udid;
+    std::string udid;         ///< "" for the only connected device
     std::string folder;       ///< to back up to, or to look in; for kFiles also a catalogue
     std::string types;        ///< of a typed backup, as typed; "" for a full one through the facade
     bool dryRun = false;      ///< tells what a typed backup would keep, from a backup in `folder`
@@ -18,7 +19,10 @@ struct Options {
     bool force = false;       ///< restores also what was not made for it
     std::string domain;       ///< a part of the domains that are wanted; "" for all
     std::string path;         ///< the same of paths
+    bool watch = false;       ///< goes on telling what changes
     Output output = Output::kPeople;
+    /// For the answers of a device.
+    std::chrono::seconds timeout{30};
 };
 
 /// The name of a command as it is typed.

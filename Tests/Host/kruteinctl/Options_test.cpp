@@ -55,6 +55,28 @@ TEST(Options, OfARestoreAndASize) {
     EXPECT_EQ(size.options->output, Output::kPeople);
 }
 
+TEST(Options, OfTheConnectedDevices) {
+    const Parsed devices = Parse({"devices", "--watch", "--timeout", "5"});
+    ASSERT_TRUE(devices.options);
+    EXPECT_EQ(devices.options->command, CommandName::kDevices);
+    EXPECT_TRUE(devices.options->watch);
+    EXPECT_EQ(devices.options->timeout, std::chrono::seconds(5));
+    const Parsed info = Parse({"info", "the-device", "--json"});
+    ASSERT_TRUE(info.options);
+    EXPECT_EQ(info.options->command, CommandName::kInfo);
+    EXPECT_EQ(info.options->udid, "the-device");
+    EXPECT_EQ(info.options->timeout, std::chrono::seconds(30));
+}
+
+TEST(Options, MayLeaveOutTheDevice) {
+    for (const std::vector<const char*>& words : std::vector<std::vector<const char*>>{
+             {"info"}, {"backup", "--to", "/b"}, {"restore", "--from", "/b"}}) {
+        const Parsed parsed = Parse(words);
+        ASSERT_TRUE(parsed.options) << parsed.error;
+        EXPECT_EQ(parsed.options->udid, "");
+    }
+}
+
 TEST(Options, VersionAndHelpAreTexts) {
     EXPECT_EQ(Parse({"--version"}).text, "kruteinctl " KRUTEIN_VERSION "\n");
     EXPECT_THAT(Parse({"--help"}).text, HasSubstr("backup"));
@@ -74,7 +96,11 @@ TEST(Options, WrongUsageIsSaidOnOneLine) {
              {"bakup"},
              {"backup"},
              {"backup", "the-device"},
-             {"backup", "--to", "/b"},
+             {"size", "--from", "/b"},
+             {"info", "--timeout", "0"},
+             {"info", "--timeout", "soon"},
+             {"devices", "the-device"},
+             {"info", "--watch"},
              {"backup", "the-device", "--to", "/b", "--from", "/c"},
              {"backup", "the-device", "another", "--to", "/b"},
              {"backup", "the-device", "--to", "/b", "--json", "--quiet"},
