@@ -21,9 +21,7 @@ std::vector<std::string> AskDaemon() {
     // A daemon without devices answers with an empty list.
     if (idevice_get_device_list(&udids, &count) != IDEVICE_E_SUCCESS)
         throw Failure(ExitCode::kNoDaemon, kNoDaemon);
-    std::vector<std::string> found;
-    for (int i = 0; i < count; ++i)
-        found.emplace_back(udids[i]);
+    std::vector<std::string> found(udids, udids + count);
     idevice_device_list_free(udids);
     std::sort(found.begin(), found.end());
     found.erase(std::unique(found.begin(), found.end()), found.end());
