@@ -63,7 +63,7 @@ Summary BackUpAll(const Options& options, Session& session, const std::string& u
 /// Through the library's manager, which also writes a record.
 Summary BackUpTypes(const Options& options, Session& session, const std::string& udid,
                     const std::string& folder) {
-    HostDevice device(udid);
+    HostDevice device(session, udid);
     const int type = ParseTypes(options.types);
     const bool recordOnly = type == kBackupTypeContact;
     if (recordOnly) {

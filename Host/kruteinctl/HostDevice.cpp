@@ -37,9 +37,18 @@ DeviceFacts FactsOf(const std::string& udid) {
     return IsConnected(udid, deadline) ? AskFacts(udid, deadline) : FactsOfSample(udid);
 }
 
+DeviceFacts AwaitFacts(Session& session, const std::string& udid) {
+    const QuestionFor<DeviceFacts> question([udid] { return FactsOf(udid); });
+    std::optional<DeviceFacts> facts;
+    // The session looks at it with each tick.
+    const auto answered = [&] { return (facts = question.AwaitUntil(Question::Clock::now())).has_value(); };
+    if (!session.AwaitOrStop(answered)) throw Failure(ExitCode::kStopped, "stopped");
+    return *facts;
+}
+
 }  // namespace
 
-HostDevice::HostDevice(const std::string& udid) : m_facts(FactsOf(udid)) {}
+HostDevice::HostDevice(Session& session, const std::string& udid) : m_facts(AwaitFacts(session, udid)) {}
 
 int HostDevice::GetMajorVersion() {
     return STD_GetNumA(m_facts.systemVersion);

@@ -28,9 +28,11 @@ class KRUTEIN_API IBackup {
     /// Events: 2 for progress, then 3 or 4; none of these two once a stop has been carried out.
     ///
     /// \param udid      the device's identifier. When it or `folder` is null, nothing starts and no event
-    /// comes. \param folder    UTF-8 text that the names above are made of. \param callback  receives the
-    /// events of this and, until the next start, of all operations; may be null. \throws std::system_error
-    /// ("thread constructor failed") when the system refuses a thread.
+    ///                  comes.
+    /// \param folder    UTF-8 text that the names above are made of.
+    /// \param callback  receives the events of this and, until the next start, of all operations; may be
+    ///                  null.
+    /// \throws std::system_error ("thread constructor failed") when the system refuses a thread.
     virtual void StartBackup(const char* udid, const char* folder, CSyncCallBack* callback) = 0;
 
     /// Stops the running backup or restore: its tool is asked to end, and its end event is not sent.
@@ -39,10 +41,13 @@ class KRUTEIN_API IBackup {
     virtual void StopBackup(CSyncCallBack* callback) = 0;
 
     /// Restores a device from the backup `folder`/`udid`. Events: 6 for progress, then 7 or 8; none of these
-    /// two once a stop has been carried out. \param udid      the device's identifier. When it or `folder` is
-    /// null, nothing starts and no event comes. \param folder    UTF-8 path of the folder that holds the
-    /// backup. \param callback  receives the events of this and, until the next start, of all operations; may
-    /// be null. \throws std::system_error ("thread constructor failed") when the system refuses a thread.
+    /// two once a stop has been carried out.
+    /// \param udid      the device's identifier. When it or `folder` is null, nothing starts and no event
+    ///                  comes.
+    /// \param folder    UTF-8 path of the folder that holds the backup.
+    /// \param callback  receives the events of this and, until the next start, of all operations; may be
+    ///                  null.
+    /// \throws std::system_error ("thread constructor failed") when the system refuses a thread.
     virtual void StartRestore(const char* udid, const char* folder, CSyncCallBack* callback) = 0;
 
     /// The same as StopBackup.
@@ -61,7 +66,8 @@ class KRUTEIN_API IBackup {
     virtual ~IBackup() = default;
 };
 
-/// Facts about one connected device.
+/// Facts about one connected device, from its lockdown service. For one thread at a time. Every question
+/// waits for the device; of a silent one the client library has enough after half a minute or more.
 class KRUTEIN_API IDeviceInfo {
  public:
     /// Free bytes on the device; 0 when it does not tell.
@@ -84,9 +90,10 @@ class KRUTEIN_API IDeviceInfo {
 /// Hands out the other interfaces.
 class KRUTEIN_API ISyncFactory {
  public:
-    /// Connects to a device.
-    /// \param udid  the device's identifier; null counts as "".
-    /// \return      the one device object, now bound to this device; null when there is no such device.
+    /// Connects to a device. One that does not know this computer yet is asked to trust it.
+    /// \param udid  the device's identifier, as the device itself gives it; null counts as "".
+    /// \return      the one device object, now bound to this device; null, and the object unbound, when there
+    ///              is no such device or it does not let itself be asked. The log tells which.
     virtual IDeviceInfo* GetDeviceInfo(const char* udid) = 0;
 
     /// The one backup facade.

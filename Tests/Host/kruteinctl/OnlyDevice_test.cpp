@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 
 #include "Tests/Host/kruteinctl/HostBundle.h"
@@ -83,4 +85,16 @@ TEST_F(OnlyDevice, MustBeUnlockedForATypedBackup) {
     host.HasDeviceWith(R"({"messages": {"chats": 1, "count": 5, "attachments": 0, "attachmentBytes": 0}})");
     devices.Plug(HostBundle::kUdid).Start({"locked"});
     EXPECT_EQ(Backup({"--types", "messages"}).code, 16);
+}
+
+TEST_F(OnlyDevice, CanBeLeftAloneWhenItIsSilent) {
+    host.HasDeviceWith(R"({"messages": {"chats": 1, "count": 5, "attachments": 0, "attachmentBytes": 0}})");
+    devices.Plug(HostBundle::kUdid).Start({"silent=GetValue"});
+    ChildProcess backup(host.Backup({"--types", "messages"}));
+    EXPECT_TRUE(backup.AwaitOutput("the backup takes"));
+    const auto start = std::chrono::steady_clock::now();
+    backup.Signal(SIGINT);
+    EXPECT_EQ(backup.Wait(), 130);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(9));
+    EXPECT_FALSE(std::filesystem::exists(host.Backups()));
 }
