@@ -5,6 +5,7 @@
 #include <exception>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -30,7 +31,7 @@ Question::Question(std::function<void()> ask) : m_state(std::make_shared<State>(
         }
         --g_running;
         const std::lock_guard<std::mutex> lock(state->mutex);
-        state->error = error;
+        state->error = std::move(error);
         state->isOver = true;
         state->ended.notify_all();
     }).detach();
@@ -41,7 +42,8 @@ Question::~Question() = default;
 bool Question::AwaitUntil(Clock::time_point deadline) const {
     std::unique_lock<std::mutex> lock(m_state->mutex);
     if (!m_state->ended.wait_until(lock, deadline, [this] { return m_state->isOver; })) return false;
-    if (m_state->error) std::rethrow_exception(m_state->error);
+    // Handed over, so that the exception has one owner at a time.
+    if (m_state->error) std::rethrow_exception(std::exchange(m_state->error, nullptr));
     return true;
 }
 

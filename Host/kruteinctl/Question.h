@@ -21,7 +21,7 @@ class Question {
     Question& operator=(const Question&) = delete;
 
     /// \return false when `ask` has not ended by then.
-    /// \throws what `ask` has thrown.
+    /// \throws what `ask` has thrown, the first time that it is looked at.
     bool AwaitUntil(Clock::time_point deadline) const;
 
     /// Whether a thread of any question runs on without anybody who waits for it.

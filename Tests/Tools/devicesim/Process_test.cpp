@@ -10,7 +10,6 @@
 #include "Tests/support/SimulatedDevices.h"
 #include "Tools/devicesim/Frames.h"
 
-using devicesim::Plist;
 using testing::HasSubstr;
 
 TEST(Devicesim, StopsAtEitherSignalAndRemovesItsSocket) {

@@ -50,6 +50,7 @@ bool Answers(const Connection& client) {
 TEST_F(ServerTest, ServesManyClientsAtOnce) {
     const Server server(Path(), &Echo);
     std::vector<std::unique_ptr<Connection>> clients;
+    clients.reserve(50);
     for (int i = 0; i < 50; ++i)
         clients.push_back(ConnectTo(Path()));
     for (auto client = clients.rbegin(); client != clients.rend(); ++client)
