@@ -104,6 +104,12 @@ TEST(Options, WrongUsageIsSaidOnOneLine) {
              {"backup", "the-device", "--to", "/b", "--from", "/c"},
              {"backup", "the-device", "another", "--to", "/b"},
              {"backup", "the-device", "--to", "/b", "--json", "--quiet"},
+             {"backup", "the-device", "--to", "/b", "--keep-failed"},
+             {"backup", "the-device", "--to", "/b", "--types", "messages", "--dry-run"},
+             {"backup", "the-device", "--types", "messages", "--dry-run"},
+             {"backup", "the-device", "--types", "messages", "--from", "/b"},
+             {"backup", "the-device", "--dry-run", "--from", "/b"},
+             {"list"},
              {"--nonsense"},
          }) {
         const Parsed parsed = Parse(words);

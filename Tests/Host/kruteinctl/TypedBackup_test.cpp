@@ -255,6 +255,53 @@ TEST_F(TypedBackupTest, AFullOneIsRestored) {
     EXPECT_EQ(restore.code, 0) << restore.errors;
 }
 
+TEST_F(TypedBackupTest, ADryRunTellsWhatWouldBeKept) {
+    for (const std::string version : {"17.4.1", "9.3.5"}) {
+        host.HasDeviceWith(kPhone, version);
+        fs::remove_all(host.Backups());
+        ASSERT_EQ(RunToEnd(host.Backup({"-q"})).code, 0);
+        const std::set<std::string> all = Hashed(host.Backups() + "/" + kUdid);
+        const Finished dry = host.Run({"backup", kUdid, "--types", "contacts,whatsapp", "--dry-run", "--from",
+                                       host.Backups(), "--json"});
+        ASSERT_EQ(dry.code, 0) << dry.output;
+        const std::vector<Json> objects = Objects(dry.output);
+        std::set<std::string> told;
+        for (const Json& object : objects) {
+            if (object["message_type"] == "file") told.insert(object["file_id"]);
+        }
+        EXPECT_THAT(host.BackupNames(), testing::ElementsAre(kUdid)) << "nothing is made";
+        EXPECT_EQ(Hashed(host.Backups() + "/" + kUdid), all) << "nothing is deleted";
+        const Finished backup = BackedUp("contacts,whatsapp", {"--json"});
+        ASSERT_EQ(backup.code, 0) << backup.output;
+        EXPECT_EQ(Hashed(Objects(backup.output).back()["path"]), told);
+        EXPECT_EQ(objects.back()["files"], told.size());
+        EXPECT_EQ(objects.back()["files_before"], all.size());
+    }
+}
+
+TEST_F(TypedBackupTest, ADryRunNeedsAFullBackup) {
+    const std::vector<std::string> dry = {"backup", kUdid, "--types", "messages", "--dry-run", "--from"};
+    const auto from = [&](const std::string& folder) {
+        std::vector<std::string> words = dry;
+        words.push_back(folder);
+        return host.Run(words);
+    };
+    EXPECT_EQ(from(host.Folder().Path("none")).code, 9);
+    const Finished backup = BackedUp("messages", {"--json"});
+    ASSERT_EQ(backup.code, 0);
+    const Finished typed = from(Objects(backup.output).back()["path"]);
+    EXPECT_EQ(typed.code, 2);
+    EXPECT_THAT(typed.errors, HasSubstr("holds messages only"));
+}
+
+TEST_F(TypedBackupTest, ADryRunOfContactsAloneKeepsNothing) {
+    ASSERT_EQ(RunToEnd(host.Backup({"-q"})).code, 0);
+    const Finished dry =
+        host.Run({"backup", kUdid, "--types", "contacts", "--dry-run", "--from", host.Backups()});
+    EXPECT_EQ(dry.code, 0);
+    EXPECT_THAT(dry.output, StartsWith("A backup of contacts would keep 0 of "));
+}
+
 TEST_F(TypedBackupTest, ASignalStopsItAndLeavesNothing) {
     host.HasDevice(5000);
     for (const int number : {SIGINT, SIGTERM}) {
