@@ -67,7 +67,8 @@ void PrintTable(FILE* out, const std::vector<DeviceFacts>& devices) {
         table.Add({known(facts.name), known(ModelWords(facts.productType)), known(facts.systemVersion),
                    facts.udid});
     }
-    fmt::print(out, "{}", table.Text());
+    for (const std::string& line : table.Lines())
+        fmt::print(out, "{}\n", line);
 }
 
 void PrintObjects(FILE* out, const std::vector<DeviceFacts>& devices) {

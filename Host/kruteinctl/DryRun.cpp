@@ -68,7 +68,7 @@ Amount TellKept(const BackupTarget& backup, int type, const HashedFiles& disk, P
     for (BackupEntry entry; !printer.IsClosed() && catalogue->Next(entry);) {
         if (entry.kind != BackupEntry::Kind::kFile || !entry.id) continue;
         const HashedFile* const file = disk.Find(*entry.id);
-        if (file == nullptr || (!all && !needed->Has(*entry.id))) continue;
+        if (file == nullptr || (!all && !needed->Has(entry))) continue;
         kept.Add(*file);
         Tell(entry, *file, printer);
     }
