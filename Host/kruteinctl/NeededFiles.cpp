@@ -23,6 +23,17 @@ constexpr char kContactImages[] = "cd6702cea29fe89cf280a76794405adb17f9a0ee";
                                                 ": look at Resources/Config/vm_config.ini");
 }
 
+/// Configured texts become part of the query as they are, and can make it one that SQLite does not
+/// understand.
+krutein::SqliteRows RowsOf(const krutein::SqliteView& manifest, const std::string& query, int type) {
+    try {
+        return manifest.Select(query);
+    } catch (const krutein::BackupDamage& refused) {
+        throw Failure(ExitCode::kNotConfigured, "what is configured for " + TypeWords(type) +
+                                                    " makes no query: " + Printable(refused.what()));
+    }
+}
+
 /// True when one of the texts, which are in lower case, occurs in the value.
 bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {
     if (texts.empty()) return false;
@@ -53,7 +64,7 @@ void NeededFiles::AskManifestDb(const BackupTarget& backup, int type, const krut
     const std::string query = CConfigMgr::GetInstance()->GetSQL(SectionsOf(type));
     if (query.empty()) NotConfigured(type);
     const krutein::SqliteView manifest(krutein::SqliteFiles::At(backup.catalogue), interrupt);
-    krutein::SqliteRows rows = manifest.Select(query);
+    krutein::SqliteRows rows = RowsOf(manifest, query, type);
     while (rows.Next()) {
         if (const std::optional<FileId> id = FileId::Parse(rows.Text(0))) m_ids.push_back(*id);
     }

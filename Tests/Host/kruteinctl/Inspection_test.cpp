@@ -605,6 +605,14 @@ TEST_P(InspectionTest, ATypeThatIsNotConfiguredCannotBeVerified) {
     EXPECT_FALSE(App(job, "messages").contains("files"));
 }
 
+TEST_P(InspectionNewerTest, AConfigurationThatMakesNoQueryIsNoDamage) {
+    const std::string job = WriteTyped(kMessagesBit);
+    host.HasConfiguration("[backup_SMS]\nrelativePath = Library/S'MS\n");
+    const Finished verify = Run({"verify", job});
+    EXPECT_EQ(verify.code, 12);
+    EXPECT_THAT(verify.errors, HasSubstr("what is configured for messages makes no query"));
+}
+
 TEST_P(InspectionTest, ADamagedRecordIsToldAndEverythingTakenForNeeded) {
     const std::string job = WriteTyped(kMessagesBit | kWhatsappBit | kWechatBit | kContactsBit);
     std::ofstream(job + "/backup_config.ini") << "no record";
