@@ -22,6 +22,7 @@ struct Slots {
     unsigned* hash = nullptr;
 
     bool Allocate(int size) {
+        if (size < 0) return false;  // doubled beyond what an int holds
         const auto count = static_cast<std::size_t>(size);
         val = static_cast<char**>(std::calloc(count, sizeof *val));
         key = static_cast<char**>(std::calloc(count, sizeof *key));

@@ -1,31 +1,40 @@
 #include <openssl/evp.h>
 
-#include <memory>
-
 #include "Common/std/sha1.h"
 
 namespace krutein {
 namespace {
 
-struct FreeContext {
-    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
-};
-using Context = std::unique_ptr<EVP_MD_CTX, FreeContext>;
+/// A context that is made once for each thread. Looking the algorithm up takes longer than hashing the name
+/// of a file.
+class Hasher {
+ public:
+    Hasher() : m_context(EVP_MD_CTX_new()) {
+        static EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);  // never released
+        EVP_DigestInit_ex(m_context, algorithm == nullptr ? EVP_sha1() : algorithm, nullptr);
+    }
+    ~Hasher() { EVP_MD_CTX_free(m_context); }
+    Hasher(const Hasher&) = delete;
+    Hasher& operator=(const Hasher&) = delete;
 
-/// Looking the algorithm up takes longer than hashing the name of a file: it is done once. Never released.
-const EVP_MD* Algorithm() {
-    static const EVP_MD* const fetched = EVP_MD_fetch(nullptr, "SHA1", nullptr);
-    return fetched == nullptr ? EVP_sha1() : fetched;
-}
+    /// The context, ready for new bytes.
+    EVP_MD_CTX* Begin() const {
+        EVP_DigestInit_ex(m_context, nullptr, nullptr);
+        return m_context;
+    }
+
+ private:
+    EVP_MD_CTX* m_context;
+};
 
 }  // namespace
 
 void Sha1(std::initializer_list<Sha1Piece> pieces, unsigned char (&digest)[kSha1Bytes]) {
-    thread_local const Context context(EVP_MD_CTX_new());
-    EVP_DigestInit_ex(context.get(), Algorithm(), nullptr);
+    thread_local const Hasher hasher;
+    EVP_MD_CTX* const context = hasher.Begin();
     for (const Sha1Piece& piece : pieces)
-        EVP_DigestUpdate(context.get(), piece.data, piece.length);
-    EVP_DigestFinal_ex(context.get(), digest, nullptr);
+        EVP_DigestUpdate(context, piece.data, piece.length);
+    EVP_DigestFinal_ex(context, digest, nullptr);
 }
 
 }  // namespace krutein

@@ -57,15 +57,14 @@ KRUTEIN_API bool STD_FILE_IsDirEmptyW(std::wstring dir);
 /// Reads a whole file.
 /// \param size  receives the number of bytes; may be null; untouched when the result is null.
 /// \return a buffer of size + 1 bytes, the last of which is 0; the caller releases it with free. Null for a
-/// file
-///         that cannot be read or is empty, for a folder, for a file of 2 GiB or more, and in the wide twin.
+///         file that cannot be read or is empty, for a folder, for a file of 2 GiB or more, and in the wide
+///         twin.
 KRUTEIN_API char* STD_FILE_ReadBufA(std::string path, int* size);
 KRUTEIN_API char* STD_FILE_ReadBufW(std::wstring path, int* size);
 
 /// Creates or replaces a file.
 /// \return true when the file could be opened; a short write is not noticed. False for a negative length
-/// (with
-///         nothing touched) and in the wide twin.
+///         (with nothing touched) and in the wide twin.
 KRUTEIN_API bool STD_FILE_WriteBufA(std::string path, const void* data, int length);
 KRUTEIN_API bool STD_FILE_WriteBufW(std::wstring path, const void* data, int length);
 

@@ -19,8 +19,7 @@ KRUTEIN_API std::string STD_OBJC_GetCurrentAppPath();
 /// \param wait         true blocks until the child has ended. Otherwise the child is the caller's to wait
 /// for. \param status       receives the raw wait status (as of waitpid), 0 when not waited for; may be null.
 /// \return 0 when a child was started, -1 for a null command line, -2 when no process could be made. With -1
-/// and
-///         -2 nothing is written to `pid` and `status`. How the command itself ended is in `status` only.
+///         and -2 nothing is written to `pid` and `status`. How the command itself ended is in `status` only.
 KRUTEIN_API int STD_OBJC_System(const char* commandLine, int* pid, bool wait, int* status);
 
 /// True when a process runs whose program file has this name, as the kernel keeps it: cut to 16 characters,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <memory>
 
@@ -11,15 +12,32 @@
 
 namespace {
 
+constexpr std::size_t kShortTextBytes = 512;
+
 using Digest = unsigned char[krutein::kSha1Bytes];
 
+/// All bytes in hexadecimal.
+struct HexTable {
+    char digits[256][2];
+};
+
+constexpr HexTable MakeHexTable() {
+    constexpr char kDigits[] = "0123456789abcdef";
+    HexTable table{};
+    for (int byte = 0; byte < 256; ++byte) {
+        table.digits[byte][0] = kDigits[byte >> 4];
+        table.digits[byte][1] = kDigits[byte & 0x0F];
+    }
+    return table;
+}
+
 std::string HexOf(const Digest& digest) {
-    static constexpr char kDigits[] = "0123456789abcdef";
+    static constexpr HexTable kHex = MakeHexTable();
     char hex[2 * krutein::kSha1Bytes];
     char* to = hex;
     for (const unsigned char byte : digest) {
-        *to++ = kDigits[byte >> 4];
-        *to++ = kDigits[byte & 0x0F];
+        std::memcpy(to, kHex.digits[byte], 2);
+        to += 2;
     }
     return {hex, sizeof hex};
 }
@@ -54,8 +72,18 @@ std::string STD_FILE_CalcStringSha1A(const std::string& text) {
 
 std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const std::string& relativePath) {
     Digest bytes;
-    krutein::Sha1({{domain.data(), domain.size()}, {"-", 1}, {relativePath.data(), relativePath.size()}},
-                  bytes);
+    const std::size_t length = domain.size() + 1 + relativePath.size();
+    if (length <= kShortTextBytes) {
+        // One piece takes less time than three, and most names are short.
+        char text[kShortTextBytes];
+        std::memcpy(text, domain.data(), domain.size());
+        text[domain.size()] = '-';
+        std::memcpy(text + domain.size() + 1, relativePath.data(), relativePath.size());
+        krutein::Sha1({{text, length}}, bytes);
+    } else {
+        krutein::Sha1({{domain.data(), domain.size()}, {"-", 1}, {relativePath.data(), relativePath.size()}},
+                      bytes);
+    }
     return HexOf(bytes);
 }
 

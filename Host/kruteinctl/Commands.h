@@ -11,6 +11,5 @@ Summary RunRestoreCommand(const Options& options, Session& session);
 Summary RunSizeCommand(const Options& options, Session& session);
 
 /// \throws Failure (tool not started) when the bundle has no backup tool that can be run, or lies where its
-/// path
-///         cannot be handed to the shell.
+///         path cannot be handed to the shell.
 void RequireTool();

@@ -10,8 +10,7 @@
 class WorkFolder {
  public:
     /// \throws Failure when another run uses the folder, when a folder of the user's own is in the way, or
-    /// when
-    ///         it cannot be made.
+    ///         when it cannot be made.
     explicit WorkFolder(const std::string& folder);
 
     /// Removes the folder where it is still there.

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 
 #include "Common/log/Log.h"
 #include "Common/std/folder.h"
@@ -58,7 +60,10 @@ class Pruning {
     /// \param need     what is found is removed from it: each needed ID keeps one file, a second one goes.
     /// \param folders  receives the folders below, each before those in it.
     Pruning(std::set<std::string>& need, std::vector<std::string>& folders)
-        : m_need(need), m_folders(folders) {}
+        : m_need(need), m_folders(folders) {
+        for (auto each = need.begin(); each != need.end(); ++each)
+            m_index.emplace(*each, each);
+    }
 
     void Prune(const std::string& path) { Prune(path, true); }
 
@@ -92,10 +97,17 @@ class Pruning {
         m_name = name;
         if (m_name.size() < kLeastIdChars) return true;
         ToLowerCase(m_name);
-        return m_need.erase(m_name) > 0;
+        const auto found = m_index.find(m_name);
+        if (found == m_index.end()) return false;
+        const auto needed = found->second;
+        m_index.erase(found);  // first, as its key is a view of the set's text
+        m_need.erase(needed);
+        return true;
     }
 
     std::set<std::string>& m_need;
+    /// Of hundreds of thousands of files each is looked up, which in the set itself would show.
+    std::unordered_map<std::string_view, std::set<std::string>::iterator> m_index;
     std::vector<std::string>& m_folders;
     std::string m_name;  ///< one buffer for all names
 };

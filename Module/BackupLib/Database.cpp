@@ -5,7 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
@@ -15,9 +18,26 @@ namespace {
 
 constexpr const char* kLogs[] = {"-wal", "-journal"};
 
+/// The end of a journal that names another one, that of a change of several databases.
+constexpr char kJournalMagic[] = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
+constexpr long kMagicBytes = sizeof kJournalMagic - 1;
+
 bool HasContent(const std::string& path) {
     struct stat info {};
-    return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0;
+    return lstat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0;
+}
+
+bool NamesAnotherJournal(const std::string& path) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    char end[kMagicBytes] = {};
+    return file != nullptr && std::fseek(file.get(), -kMagicBytes, SEEK_END) == 0 &&
+           std::fread(end, 1, sizeof end, file.get()) == sizeof end &&
+           std::memcmp(end, kJournalMagic, sizeof end) == 0;
+}
+
+/// SQLite deletes the file that a journal names, which may be any of the user's: such a one is left out.
+bool IsUsable(const std::string& log) {
+    return HasContent(log) && !NamesAnotherJournal(log);
 }
 
 bool IsFolder(const std::string& path) {
@@ -67,22 +87,24 @@ bool Database::Open(const std::string& path) {
     // Immutable: nobody else changes it, so no lock, log or shared memory file is needed.
     const std::string uri = copy.empty() ? "file:" + UriPath(path) + "?immutable=1" : "file:" + UriPath(copy);
     const int access = copy.empty() ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-    return sqlite3_open_v2(uri.c_str(), &m_handle, access | SQLITE_OPEN_URI, nullptr) == SQLITE_OK;
+    const int flags = access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;  // one thread uses it
+    return sqlite3_open_v2(uri.c_str(), &m_handle, flags, nullptr) == SQLITE_OK;
 }
 
-/// Copies a database that has logs with content beside it. \return the copy's path; "" when there are none,
-/// or when it cannot be copied: then what is in the database itself has to do.
+/// Copies a database that has logs with content beside it.
+/// \return the copy's path; "" when there are none, or when it cannot be copied: then what is in the database
+/// itself has to do.
 std::string Database::CopyWithLogs(const std::string& path) {
     bool hasLogs = false;
     for (const char* const log : kLogs)
-        hasLogs = hasLogs || HasContent(path + log);
+        hasLogs = hasLogs || IsUsable(path + log);
     if (!hasLogs) return {};
     m_copyFolder = TemporaryFolder();
     if (m_copyFolder.empty()) return {};
     std::string copy = m_copyFolder + "/copy";
     STD_FILE_CopyFileA(path, copy, true);
     for (const char* const log : kLogs) {
-        if (HasContent(path + log)) STD_FILE_CopyFileA(path + log, copy + log, true);
+        if (IsUsable(path + log)) STD_FILE_CopyFileA(path + log, copy + log, true);
     }
     return copy;
 }

@@ -18,8 +18,7 @@ class Database {
     Database& operator=(const Database&) = delete;
 
     /// \return false when the path cannot be opened: it is missing, unreadable or a folder. That it is no
-    /// database at
-    ///         all shows in the first query only.
+    ///         database at all shows in the first query only.
     bool Open(const std::string& path);
 
     sqlite3* Handle() const { return m_handle; }

@@ -52,8 +52,7 @@ KRUTEIN_API char* mbdb_strdup(const char* text);
 
 /// Writes the catalogue, replacing the file. A catalogue that was opened is written back byte for byte.
 /// \return false when there is no catalogue, it has no valid header, or the file cannot be opened. Write
-/// errors are
-///         not noticed.
+///         errors are not noticed.
 KRUTEIN_API bool mbdb_save(mbdb_t* mbdb, const char* path);
 
 /// Appends a record.
@@ -61,7 +60,6 @@ KRUTEIN_API bool mbdb_save(mbdb_t* mbdb, const char* path);
 /// A copy takes texts up to their NUL, the hash and unknown1 too: a hash that holds a zero byte is cut there.
 ///
 /// \return the copy; null for MBDB_INSERT_ATTACH, which is no failure, and when nothing was appended: for
-/// null
-///         arguments, another type, or a copy without memory.
+///         null arguments, another type, or a copy without memory.
 KRUTEIN_API mbdb_record_t* mbdb_insert_record(mbdb_t* mbdb, mbdb_record_t* record,
                                               en_mbdb_insert_record_type type);

@@ -20,7 +20,7 @@ struct mbdb_property_t {
 
 /// The fields in their order in the file. A size of 0 or 0xFFFF means an absent value, whose pointer is null;
 /// it is written back as it was read.
-struct mbdb_record_t {
+struct mbdb_record_t {  // NOLINT(clang-analyzer-optin.performance.Padding): published
     std::uint16_t domain_size;
     char* domain;  ///< owned, NUL-terminated
     std::uint16_t path_size;

@@ -228,6 +228,38 @@ TEST_P(CheckTest, WithoutACatalogueThereAreNoWechatDatabases) {
     }
 }
 
+namespace {
+
+std::string BigEndian(std::uint32_t number) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        bytes.push_back(static_cast<char>(number >> shift));
+    return bytes;
+}
+
+/// A rollback journal without pages, of a change of several databases that the named file tells of.
+std::string JournalThatNames(const std::string& path) {
+    const std::string magic = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
+    std::string journal =
+        magic + BigEndian(0) + BigEndian(0) + BigEndian(2) + BigEndian(512) + BigEndian(4096);
+    journal.resize(512);
+    std::uint32_t sum = 0;
+    for (const char c : path)
+        sum += static_cast<std::uint32_t>(c);
+    return journal + BigEndian(0x40000000 / 4096 + 1) + path +
+           BigEndian(static_cast<std::uint32_t>(path.size())) + BigEndian(sum) + magic;
+}
+
+}  // namespace
+
+TEST(RecordCheck, AJournalCannotHaveAFileDeleted) {
+    const TemporaryFolder folder;
+    folder.Write("db", BackupBuilder::DatabaseContent({"CREATE TABLE t (a)", "INSERT INTO t VALUES (1)"}));
+    folder.Write("db-journal", JournalThatNames(folder.Write("victim", "something of the user's")));
+    EXPECT_TRUE(CBackupMgr::GetInstance()->IsExistRecordInDataBase(folder.Path("db"), "select a from t"));
+    EXPECT_TRUE(fs::exists(folder.Path("victim")));
+}
+
 TEST(RecordCheck, TakesTheFirstColumnOfTheFirstRow) {
     const TemporaryFolder folder;
     folder.Write("db",
