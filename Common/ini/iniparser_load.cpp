@@ -133,7 +133,7 @@ class Reader {
 
     bool Store(const char* key, const char* value) {
         char entry[2 * (kLineBytes + 1)];
-        std::snprintf(entry, sizeof entry, "%s:%s", m_section, key);
+        std::snprintf(entry, sizeof entry, "%s:%.*s", m_section, static_cast<int>(kLineBytes), key);
         return dictionary_set(m_dictionary, entry, value) == 0;
     }
 

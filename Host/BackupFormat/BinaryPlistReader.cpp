@@ -18,11 +18,16 @@ constexpr std::size_t kTopAt = 16;
 constexpr std::size_t kOffsetsAt = 24;
 
 // The types in the upper half of an object's first byte.
+constexpr unsigned kSingle = 0x0;
 constexpr unsigned kNumber = 0x1;
 constexpr unsigned kAsciiText = 0x5;
 constexpr unsigned kUid = 0x8;
 constexpr unsigned kArray = 0xA;
 constexpr unsigned kDictionary = 0xD;
+
+// The values of the single objects in the lower half.
+constexpr unsigned kFalse = 0x8;
+constexpr unsigned kTrue = 0x9;
 
 /// In the lower half instead of a count: the count follows as a number.
 constexpr unsigned kCountFollows = 0xF;
@@ -93,6 +98,14 @@ std::optional<std::int64_t> BinaryPlistReader::Number(Object object) const {
         return std::nullopt;
     }
     return static_cast<std::int64_t>(*value);
+}
+
+std::optional<bool> BinaryPlistReader::Bool(Object object) const {
+    const std::optional<Header> header = HeaderOf(object);
+    if (!header || header->type != kSingle) return std::nullopt;
+    if (header->count == kFalse) return false;
+    if (header->count == kTrue) return true;
+    return std::nullopt;
 }
 
 std::optional<std::string_view> BinaryPlistReader::Text(Object object) const {

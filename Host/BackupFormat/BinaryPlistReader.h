@@ -26,6 +26,7 @@ class BinaryPlistReader {
     std::optional<std::uint64_t> Uid(Object object) const;
     /// A number below 2^63.
     std::optional<std::int64_t> Number(Object object) const;
+    std::optional<bool> Bool(Object object) const;
     /// A text of ASCII characters; others are not looked for here.
     std::optional<std::string_view> Text(Object object) const;
 

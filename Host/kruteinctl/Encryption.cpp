@@ -1,39 +1,56 @@
 #include "Host/kruteinctl/Encryption.h"
 
 #include <plist/plist.h>
+#include <sys/stat.h>
 
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <memory>
+#include <optional>
+
+#include "Host/BackupFormat/BinaryPlistReader.h"
+#include "Host/BackupFormat/SmallFile.h"
 
 namespace {
+
+constexpr char kKey[] = "IsEncrypted";
+/// It lists the apps of the device, some hundred bytes each.
+constexpr std::size_t kMaxManifestBytes = std::size_t{16} * 1024 * 1024;
 
 struct FreePlist {
     void operator()(void* node) const { plist_free(node); }
 };
 
-std::string ContentOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+std::optional<bool> InBinary(const std::string& content) {
+    const auto plist = krutein::BinaryPlistReader::Open(content);
+    const auto value = plist ? plist->Member(plist->Top(), kKey) : std::nullopt;
+    return value ? plist->Bool(*value) : std::nullopt;
 }
 
-bool PlistSaysSo(const std::string& path) {
-    const std::string content = ContentOf(path);
+std::optional<bool> InXml(const std::string& content) {
     plist_t root = nullptr;
-    plist_from_memory(content.data(), static_cast<std::uint32_t>(content.size()), &root);
+    plist_from_xml(content.data(), static_cast<std::uint32_t>(content.size()), &root);
     const std::unique_ptr<void, FreePlist> owner(root);
-    plist_t const value = root == nullptr || plist_get_node_type(root) != PLIST_DICT
-                              ? nullptr
-                              : plist_dict_get_item(root, "IsEncrypted");
+    if (root == nullptr || plist_get_node_type(root) != PLIST_DICT) return std::nullopt;
+    plist_t const value = plist_dict_get_item(root, kKey);
+    if (value == nullptr || plist_get_node_type(value) != PLIST_BOOLEAN) return std::nullopt;
     std::uint8_t encrypted = 0;
-    if (value != nullptr && plist_get_node_type(value) == PLIST_BOOLEAN)
-        plist_get_bool_val(value, &encrypted);
+    plist_get_bool_val(value, &encrypted);
     return encrypted != 0;
 }
 
+/// \return nothing when the plist does not tell.
+std::optional<bool> ManifestSays(const std::string& path) {
+    const std::string content = krutein::ReadSmallFile(path, kMaxManifestBytes);
+    if (content.empty()) return std::nullopt;
+    return content.front() == '<' ? InXml(content) : InBinary(content);
+}
+
+/// \return false for the empty file, and for what cannot be read.
 bool HasContentThatIsNoDatabase(const std::string& path) {
     static constexpr char kHeader[] = "SQLite format 3";
+    struct stat info {};
+    if (lstat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
     char begin[sizeof kHeader] = {};
     std::ifstream file(path, std::ios::binary);
     file.read(begin, sizeof begin);
@@ -43,5 +60,6 @@ bool HasContentThatIsNoDatabase(const std::string& path) {
 }  // namespace
 
 bool IsEncrypted(const std::string& backup) {
-    return PlistSaysSo(backup + "/Manifest.plist") || HasContentThatIsNoDatabase(backup + "/Manifest.db");
+    if (const std::optional<bool> told = ManifestSays(backup + "/Manifest.plist")) return *told;
+    return HasContentThatIsNoDatabase(backup + "/Manifest.db");
 }

@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// True when the backup's catalogue is encrypted, as devices with a backup password make it: its
-/// Manifest.plist says so, or its Manifest.db has content that is no database.
+/// True when the backup is encrypted, as devices with a backup password make it: its Manifest.plist says so,
+/// or it does not tell and Manifest.db has content that is no database.
 bool IsEncrypted(const std::string& backup);
 
 constexpr char kEncryptedText[] =

@@ -45,6 +45,7 @@ void ReadAll(const std::string& bytes) {
         reader->Uid(object);
         reader->Number(object);
         reader->Text(object);
+        reader->Bool(object);
     }
     reader->Member(reader->Top(), "text");
 }
@@ -68,6 +69,19 @@ TEST(BinaryPlistReader, FindsWhatLibplistWrote) {
     EXPECT_EQ(reader->Number(*list), std::nullopt);
     EXPECT_EQ(reader->Text(*list), std::nullopt);
     EXPECT_EQ(reader->Text(1000), std::nullopt);
+}
+
+TEST(BinaryPlistReader, TellsTrueFromFalseAndFromAllElse) {
+    for (const bool value : {true, false}) {
+        const std::string bytes = Binary(plist_new_bool(value ? 1 : 0));
+        const auto reader = BinaryPlistReader::Open(bytes);
+        ASSERT_TRUE(reader.has_value());
+        EXPECT_THAT(reader->Bool(reader->Top()), Optional(value));
+    }
+    const std::string bytes = Sample();
+    const auto reader = BinaryPlistReader::Open(bytes);
+    EXPECT_EQ(reader->Bool(reader->Top()), std::nullopt);
+    EXPECT_EQ(reader->Bool(reader->Member(reader->Top(), "large").value()), std::nullopt);
 }
 
 TEST(BinaryPlistReader, HasNoNumbersOf64BitsAndMore) {

@@ -659,6 +659,16 @@ TEST_P(InspectionNewerTest, ACatalogueThatIsEncryptedItself) {
     EXPECT_EQ(Objects(Run({"show", backup, "--json"}).output).back()["encrypted"], true);
 }
 
+TEST_P(InspectionNewerTest, ACatalogueThatIsNoDatabaseIsDamageWhenTheBackupSaysThatItIsNotEncrypted) {
+    const std::string backup = Write();
+    std::ofstream(backup + "/Manifest.db") << std::string(8192, '\x9E');
+    std::ofstream(backup + "/Manifest.plist")
+        << "<?xml version=\"1.0\"?><plist "
+           "version=\"1.0\"><dict><key>IsEncrypted</key><false/></dict></plist>";
+    EXPECT_EQ(Run({"files", backup}).code, 8);
+    EXPECT_EQ(Run({"verify", backup}).code, 8);
+}
+
 // Databases with logs
 
 TEST_P(InspectionTest, ALogThatTheCatalogueListsBelongsToItsDatabase) {
