@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cstring>
+#include <limits>
 
 #include "Common/std/platform.h"
 
@@ -23,11 +24,13 @@ bool IsDots(const char* name) {
 void FolderNames::Clear() {
     m_names.clear();
     m_entries.clear();
+    m_hasFolder = false;
 }
 
 void FolderNames::Add(const char* name, bool isFolder) {
     m_entries.push_back({m_names.size(), isFolder});
     m_names.append(name).push_back('\0');
+    m_hasFolder = m_hasFolder || isFolder;
 }
 
 bool OpenedFolder::Open(const std::string& path, bool followLink) {
@@ -42,10 +45,12 @@ void OpenedFolder::Close() {
     m_stream = nullptr;
 }
 
-void OpenedFolder::Read(FolderNames& names) const {
-    names.Clear();
-    while (const dirent* const entry = readdir(m_stream)) {
+bool OpenedFolder::Read(FolderNames& names, std::size_t atMost) const {
+    for (std::size_t read = 0; read < atMost;) {
+        const dirent* const entry = readdir(m_stream);
+        if (entry == nullptr) return false;
         if (IsDots(entry->d_name)) continue;
+        ++read;
         unsigned type = entry->d_type;
         struct stat info {};
         // Some file systems do not tell the type of an entry.
@@ -53,6 +58,12 @@ void OpenedFolder::Read(FolderNames& names) const {
             type = static_cast<unsigned>(IFTODT(info.st_mode));
         }
         names.Add(entry->d_name, IsFolderType(type));
+    }
+    return true;
+}
+
+void OpenedFolder::ReadAll(FolderNames& names) const {
+    while (Read(names, std::numeric_limits<std::size_t>::max())) {
     }
 }
 

@@ -22,12 +22,15 @@ class FolderNames {
     const std::vector<Entry>& Entries() const { return m_entries; }
     const char* NameOf(const Entry& entry) const { return m_names.data() + entry.name; }
 
+    bool HasFolder() const { return m_hasFolder; }
+
     void Clear();
     void Add(const char* name, bool isFolder);
 
  private:
     std::string m_names;  ///< each with its NUL
     std::vector<Entry> m_entries;
+    bool m_hasFolder = false;
 };
 
 /// A folder that is open. Where the system can, names are looked up in it and not by a path, which might lead
@@ -45,7 +48,10 @@ class OpenedFolder {
     bool IsOpen() const { return m_stream != nullptr; }
 
     // The folder is open for these.
-    void Read(FolderNames& names) const;
+    /// Adds at most so many names, those behind the ones read before.
+    /// \return false when there are no more.
+    bool Read(FolderNames& names, std::size_t atMost) const;
+    void ReadAll(FolderNames& names) const;
     /// Size in bytes of a file, a link's own; 0 when it cannot be told.
     long long BytesOf(const char* name) const;
     /// Removes a file or link. \return false when it is still there.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 
 /// What the system services need of each other and of the platform. Internal. OpenPipe and what is done in
@@ -24,6 +25,10 @@ bool StatIn(DIR* folder, const std::string& path, const char* name, struct stat&
 
 /// unlink of a name in an open folder. \param path  as above.
 bool RemoveIn(DIR* folder, const std::string& path, const char* name);
+
+/// How many names of a folder to read before what they name is removed. Few are still at hand; but some
+/// systems leave names out when a folder changes while it is read, and there it is all of them.
+extern const std::size_t kNamesAtOnce;
 
 constexpr int kNoDescriptor = -1;
 

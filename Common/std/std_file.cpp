@@ -68,7 +68,7 @@ bool List(const std::string& dir, Listing& listing, bool recursive) {
     OpenedFolder folder;
     if (!folder.Open(dir, true)) return false;
     FolderNames names;
-    folder.Read(names);
+    folder.ReadAll(names);
     std::vector<long long> sizes;
     for (const FolderNames::Entry& entry : names.Entries())
         sizes.push_back(entry.isFolder ? 0 : folder.BytesOf(names.NameOf(entry)));
@@ -93,7 +93,7 @@ long long Measure(const std::string& dir) {
     OpenedFolder folder;
     if (!folder.Open(dir, true)) return 0;
     FolderNames names;
-    folder.Read(names);
+    folder.ReadAll(names);
     long long total = 0;
     for (const FolderNames::Entry& entry : names.Entries()) {
         if (!entry.isFolder) total += folder.BytesOf(names.NameOf(entry));

@@ -101,6 +101,8 @@ bool OpenPipe(int (&ends)[2]) {
     return pipe2(ends, O_CLOEXEC) == 0;
 }
 
+const std::size_t kNamesAtOnce = 500;
+
 DIR* OpenFolderStream(const std::string& path, bool followLink) {
     const int descriptor =
         open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followLink ? 0 : O_NOFOLLOW));

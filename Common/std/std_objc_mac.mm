@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -59,6 +60,8 @@ bool OpenPipe(int (&ends)[2]) {
     }
     return true;
 }
+
+const std::size_t kNamesAtOnce = SIZE_MAX;
 
 // The calls that look a name up in an open folder came with 10.10.
 

@@ -11,6 +11,7 @@
 
 #include "Common/log/Log.h"
 #include "Common/std/folder.h"
+#include "Common/std/platform.h"
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_sha1.h"
@@ -72,7 +73,18 @@ class Pruning {
         krutein::OpenedFolder folder;
         if (!folder.Open(path, followLink)) return;
         krutein::FolderNames names;
-        folder.Read(names);
+        for (bool more = true; more;) {
+            names.Clear();
+            more = folder.Read(names, krutein::kNamesAtOnce);
+            // The stream is closed while a folder in it is pruned: then it has to be read to its end.
+            if (names.HasFolder()) folder.ReadAll(names);
+            more = more && !names.HasFolder();
+            PruneNames(path, followLink, folder, names);
+        }
+    }
+
+    void PruneNames(const std::string& path, bool followLink, krutein::OpenedFolder& folder,
+                    const krutein::FolderNames& names) {
         for (const krutein::FolderNames::Entry& entry : names.Entries()) {
             const char* const name = names.NameOf(entry);
             if (entry.isFolder) {
