@@ -34,10 +34,9 @@ void Session::Report(unsigned long long done, unsigned long long total, const st
 }
 
 void Session::Change(const std::function<void()>& change) {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        change();
-    }
+    // Notified under the lock: who waits may end the session as soon as it has seen the change.
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    change();
     m_changed.notify_all();
 }
 

@@ -230,6 +230,8 @@ TEST_F(DeviceInfo, HoldsNothingAfterBindsThatFailed) {
 }
 
 TEST_F(DeviceInfo, EndsItsConnectionWhenDisposed) {
+    GTEST_FLAG_SET(death_test_style,
+                   "threadsafe");  // a child of this process could start no thread everywhere
     Connect();
     EXPECT_EXIT(
         {
