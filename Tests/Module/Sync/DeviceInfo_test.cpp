@@ -229,20 +229,6 @@ TEST_F(DeviceInfo, HoldsNothingAfterBindsThatFailed) {
     EXPECT_EQ(AwaitResources(unbound), unbound);
 }
 
-TEST_F(DeviceInfo, EndsItsConnectionWhenDisposed) {
-    GTEST_FLAG_SET(death_test_style,
-                   "threadsafe");  // a child of this process could start no thread everywhere
-    Connect();
-    EXPECT_EXIT(
-        {
-            const int before = ResourceCount::Now().descriptors;
-            m_info.Dispose();
-            const int after = ResourceCount::Now().descriptors;
-            std::_Exit(before - after);
-        },
-        testing::ExitedWithCode(1), "");
-}
-
 // --- the factory
 
 TEST_F(DeviceInfo, ComesFromTheFactory) {
