@@ -252,11 +252,11 @@ mbdb_record_t* CopyRecord(const mbdb_record_t& record) {
     *copy = record;
     copy->properties = nullptr;
     // All values are copied before anything is freed, so that a failure leaves none shared.
-    const bool whole = CopyString(copy->path_size, copy->path, copy->record_size) &
-                       CopyString(copy->domain_size, copy->domain, copy->record_size) &
-                       CopyString(copy->target_size, copy->target, copy->record_size) &
-                       CopyBlob(copy->datahash_size, copy->datahash, copy->record_size) &
-                       CopyBlob(copy->unknown1_size, copy->unknown1, copy->record_size);
+    bool whole = CopyString(copy->path_size, copy->path, copy->record_size);
+    whole = CopyString(copy->domain_size, copy->domain, copy->record_size) && whole;
+    whole = CopyString(copy->target_size, copy->target, copy->record_size) && whole;
+    whole = CopyBlob(copy->datahash_size, copy->datahash, copy->record_size) && whole;
+    whole = CopyBlob(copy->unknown1_size, copy->unknown1, copy->record_size) && whole;
     if (whole && CopyProperties(record, *copy)) return copy;
     mbdb_record_free(copy);
     return nullptr;
