@@ -1,4 +1,4 @@
-// The part of the backup manager that looks whether the kept app databases hold anything.
+// The backup manager looks whether the kept app databases hold anything.
 
 #include <cstring>
 #include <memory>

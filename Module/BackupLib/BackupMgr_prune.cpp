@@ -1,4 +1,4 @@
-// The part of the backup manager that keeps the files of the wanted types and deletes all others.
+// The backup manager keeps the files of the wanted types and deletes all others.
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The part of the backup manager that writes the record file of a backup.
+// The backup manager writes the record file of a backup.
 
 #include <algorithm>
 #include <ctime>
