@@ -3,7 +3,7 @@
 #include "Common/Export.h"
 
 /// The host's logging contract. The library writes its log through these two functions only; they live in a
-/// shared library of their own, which a host replaces by its own one (see Docs/hosting.md).
+/// shared library of their own, which a host replaces by its own one (CMake option KRUTEIN_LOG_LIBRARY).
 ///
 /// The library that comes with krutein appends to a file in the current user's log folder:
 /// `$KRUTEIN_LOG_DIR`, else `$XDG_STATE_HOME/krutein`, else the platform's usual place below the home folder.
