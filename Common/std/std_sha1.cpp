@@ -76,9 +76,9 @@ std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const std::string& 
     if (length <= kShortTextBytes) {
         // One piece takes less time than three, and most names are short.
         char text[kShortTextBytes];
-        std::memcpy(text, domain.data(), domain.size());
-        text[domain.size()] = '-';
-        std::memcpy(text + domain.size() + 1, relativePath.data(), relativePath.size());
+        char* to = std::copy(domain.begin(), domain.end(), text);
+        *to++ = '-';
+        std::copy(relativePath.begin(), relativePath.end(), to);
         krutein::Sha1({{text, length}}, bytes);
     } else {
         krutein::Sha1({{domain.data(), domain.size()}, {"-", 1}, {relativePath.data(), relativePath.size()}},

@@ -118,7 +118,7 @@ std::string RunJob(Session& session, IBaseDevice& device, const std::string& fol
     while (folders.IsTaken())
         ps_sleep(100);
     const int result = Job(session, device, folder, type).Result();
-    const std::string job = folders.Added();
+    std::string job = folders.Added();
     if (result == kJobDone) return job;
     const bool encrypted = !job.empty() && IsEncrypted(job + "/" + device.GetDeviceID());
     if (!keepFailed && !job.empty()) RemoveJob(job);
