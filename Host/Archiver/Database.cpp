@@ -8,6 +8,7 @@
 
 #include "Host/Archiver/StopFlag.h"
 #include "Host/Archiver/ToolError.h"
+#include "Host/BackupFormat/SqliteUri.h"
 
 namespace krutein {
 namespace {
@@ -35,20 +36,9 @@ int LookAtStopFlag(void* /*unused*/) {
     return StopRequested() ? 1 : 0;
 }
 
-/// The path as a URI that has SQLite take the file as it is: no locks, no look for journals, nothing created.
+/// Has SQLite take the file as it is: no locks, no look for journals, nothing created.
 std::string ImmutableUri(const std::string& path) {
-    static constexpr char kHex[] = "0123456789ABCDEF";
-    // With an empty authority, so that a path that begins with "//" is not taken for one.
-    std::string uri = !path.empty() && path.front() == '/' ? "file://" : "file:";
-    for (const char c : path) {
-        if (c == '%' || c == '?' || c == '#') {
-            const auto byte = static_cast<unsigned char>(c);
-            uri.append({'%', kHex[byte >> 4], kHex[byte & 0x0F]});
-        } else {
-            uri.push_back(c);
-        }
-    }
-    return uri + "?immutable=1";
+    return SqliteUri(path) + "?immutable=1";
 }
 
 /// What the system said when SQLite's last call of it failed; 0 when none did.

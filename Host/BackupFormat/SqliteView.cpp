@@ -8,6 +8,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "Host/BackupFormat/SqliteUri.h"
 #include "Host/UniqueFd.h"
 
 namespace krutein {
@@ -33,22 +34,6 @@ std::string LogAt(const std::string& path) {
     if (lstat(path.c_str(), &info) != 0) return {};
     if (!S_ISREG(info.st_mode)) throw BackupDamage(path + " is no file");
     return info.st_size > 0 ? path : std::string();
-}
-
-/// The path as a URI, with nothing in it that would end it or be decoded.
-std::string UriOf(const std::string& path) {
-    static constexpr char kHex[] = "0123456789ABCDEF";
-    // With an empty authority, so that a path that begins with "//" is not taken for one.
-    std::string uri = !path.empty() && path.front() == '/' ? "file://" : "file:";
-    for (const char c : path) {
-        if (c == '%' || c == '?' || c == '#') {
-            const auto byte = static_cast<unsigned char>(c);
-            uri.append({'%', kHex[byte >> 4], kHex[byte & 0x0F]});
-        } else {
-            uri.push_back(c);
-        }
-    }
-    return uri;
 }
 
 /// SQLite deletes the journal that such a journal names when it finishes the change: any file of the user's.
@@ -77,10 +62,10 @@ SqliteView::SqliteView(const SqliteFiles& files, const Interrupt& interrupt)
     if (!S_ISREG(info.st_mode)) throw BackupDamage(m_path + " is no file");
     const bool hasLogs = !files.wal.empty() || !files.journal.empty();
     if (hasLogs) {
-        Open(UriOf(Copy(files)), SQLITE_OPEN_READWRITE);
+        Open(SqliteUri(Copy(files)), SQLITE_OPEN_READWRITE);
     } else {
         // Immutable: SQLite takes the file as it is, with no look for logs.
-        Open(UriOf(m_path) + "?mode=ro&immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_NOFOLLOW);
+        Open(SqliteUri(m_path) + "?mode=ro&immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_NOFOLLOW);
         CheckLength();
     }
 }

@@ -98,10 +98,10 @@ class Job : public CCallBack {
     std::thread m_thread;
 };
 
-/// Removes what a job has made, with the folders around it that are empty then.
+/// Removes what the job has made, which the manager knows best: another process may have added a folder too.
 void RemoveJob(const std::string& job) {
-    std::error_code ignored;
-    fs::remove_all(job, ignored);
+    CBackupMgr::GetInstance()->DeleteFailBackupFiles();
+    std::error_code ignored;  // refused, and rightly, when other jobs of the type are there
     fs::remove(fs::path(job).parent_path(), ignored);
 }
 

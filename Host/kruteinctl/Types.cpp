@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Common/std/std_string.h"
+#include "Host/kruteinctl/Apps.h"
 #include "Host/kruteinctl/Failure.h"
 #include "Host/kruteinctl/Text.h"
 #include "Module/BackupLib/ConfigMgr.h"
@@ -13,24 +14,14 @@ namespace {
 
 constexpr char kFull[] = "full";
 
-struct Word {
-    int bit;
-    const char* text;
-};
-
-constexpr Word kWords[] = {{kBackupTypeSms, "messages"},
-                           {kBackupTypeWhatsApp, "whatsapp"},
-                           {kBackupTypeWeChat, "wechat"},
-                           {kBackupTypeContact, "contacts"}};
-
 int BitOf(const std::string& word) {
-    for (const Word& known : kWords) {
-        if (word == known.text) return known.bit;
+    std::string known;
+    for (const App& app : Apps()) {
+        if (word == app.word) return app.bit;
+        known += std::string(app.word) + ", ";
     }
-    throw Failure(
-        ExitCode::kUsage,
-        fmt::format("'{}' is no type: there are messages, whatsapp, wechat, contacts, and full alone",
-                    Printable(word)));
+    throw Failure(ExitCode::kUsage,
+                  fmt::format("'{}' is no type: there are {}and full alone", Printable(word), known));
 }
 
 }  // namespace
@@ -48,8 +39,8 @@ int ParseTypes(const std::string& words) {
 std::string TypeWords(int type) {
     if (!IsTyped(type)) return kFull;
     std::vector<std::string> words;
-    for (const Word& word : kWords) {
-        if ((type & word.bit) != 0) words.emplace_back(word.text);
+    for (const App& app : Apps()) {
+        if ((type & app.bit) != 0) words.emplace_back(app.word);
     }
     return words.empty() ? std::to_string(type) : STD_FormatVectorA(words, ", ");
 }
