@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
 #include <limits>
 
@@ -40,6 +42,24 @@ bool OpenedFolder::Open(const std::string& path, bool followLink) {
     return IsOpen();
 }
 
+bool OpenedFolder::OpenBelow(const OpenedFolder& root, const std::string& below) {
+    Close();
+    // Not deeper than a path can lead: who goes down such a tree does so on the stack.
+    if (root.m_path.size() + below.size() >= PATH_MAX) return false;
+    m_path = root.m_path;
+    m_stream = OpenFolderIn(root.m_stream, m_path, ".");
+    for (std::size_t begin = 0; IsOpen() && begin < below.size();) {
+        const std::size_t end = std::min(below.find('/', begin), below.size());
+        const std::string name = below.substr(begin, end - begin);
+        DIR* const next = OpenFolderIn(m_stream, m_path, name.c_str());
+        Close();
+        m_stream = next;
+        m_path.append("/").append(name);
+        begin = end + 1;
+    }
+    return IsOpen();
+}
+
 void OpenedFolder::Close() {
     if (m_stream != nullptr) closedir(m_stream);
     m_stream = nullptr;
@@ -74,6 +94,10 @@ long long OpenedFolder::BytesOf(const char* name) const {
 
 bool OpenedFolder::Remove(const char* name) const {
     return RemoveIn(m_stream, m_path, name);
+}
+
+bool OpenedFolder::RemoveFolder(const char* name) const {
+    return RemoveFolderIn(m_stream, m_path, name);
 }
 
 }  // namespace krutein

@@ -44,6 +44,9 @@ class OpenedFolder {
 
     /// Closes what is open and opens this one. \return false when it cannot be opened.
     bool Open(const std::string& path, bool followLink);
+    /// The same for a folder below an open one, "a/b", or "" for that one once more. No link on the way to it
+    /// is followed, also when a folder has become one meanwhile.
+    bool OpenBelow(const OpenedFolder& root, const std::string& below);
     void Close();
     bool IsOpen() const { return m_stream != nullptr; }
 
@@ -56,6 +59,8 @@ class OpenedFolder {
     long long BytesOf(const char* name) const;
     /// Removes a file or link. \return false when it is still there.
     bool Remove(const char* name) const;
+    /// Removes a folder if it is empty. \return false when it is still there.
+    bool RemoveFolder(const char* name) const;
 
  private:
     std::string m_path;

@@ -19,12 +19,18 @@ bool OpenPipe(int (&ends)[2]);
 /// followed.
 DIR* OpenFolderStream(const std::string& path, bool followLink);
 
-/// lstat of a name in an open folder. \param path  of the folder, for systems that cannot look in it
-/// otherwise.
+/// Opens a folder that lies in an open one; "." is that one itself. \return null also when it is a link.
+/// \param path  of the open one, for systems that cannot look in it otherwise.
+DIR* OpenFolderIn(DIR* folder, const std::string& path, const char* name);
+
+/// lstat of a name in an open folder. \param path  as above.
 bool StatIn(DIR* folder, const std::string& path, const char* name, struct stat& info);
 
 /// unlink of a name in an open folder. \param path  as above.
 bool RemoveIn(DIR* folder, const std::string& path, const char* name);
+
+/// rmdir of a name in an open folder. \param path  as above.
+bool RemoveFolderIn(DIR* folder, const std::string& path, const char* name);
 
 /// How many names of a folder to read before what they name is removed. Few are still at hand; but some
 /// systems leave names out when a folder changes while it is read, and there it is all of them.

@@ -87,6 +87,16 @@ pid_t Spawn(const std::vector<std::string>& words) {
     return result == 0 ? child : -1;
 }
 
+constexpr int kOpenFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+
+/// Takes the descriptor over. \return null for none.
+DIR* StreamOf(int descriptor) {
+    if (descriptor < 0) return nullptr;
+    DIR* const stream = fdopendir(descriptor);
+    if (stream == nullptr) close(descriptor);
+    return stream;
+}
+
 bool Run(const std::vector<std::string>& words) {
     int status = 0;
     const pid_t child = Spawn(words);
@@ -104,12 +114,11 @@ bool OpenPipe(int (&ends)[2]) {
 const std::size_t kNamesAtOnce = 500;
 
 DIR* OpenFolderStream(const std::string& path, bool followLink) {
-    const int descriptor =
-        open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followLink ? 0 : O_NOFOLLOW));
-    if (descriptor < 0) return nullptr;
-    DIR* const stream = fdopendir(descriptor);
-    if (stream == nullptr) close(descriptor);
-    return stream;
+    return StreamOf(open(path.c_str(), kOpenFolder | (followLink ? 0 : O_NOFOLLOW)));
+}
+
+DIR* OpenFolderIn(DIR* folder, const std::string& /*path*/, const char* name) {
+    return StreamOf(openat(dirfd(folder), name, kOpenFolder | O_NOFOLLOW));
 }
 
 bool StatIn(DIR* folder, const std::string& /*path*/, const char* name, struct stat& info) {
@@ -118,6 +127,10 @@ bool StatIn(DIR* folder, const std::string& /*path*/, const char* name, struct s
 
 bool RemoveIn(DIR* folder, const std::string& /*path*/, const char* name) {
     return unlinkat(dirfd(folder), name, 0) == 0;
+}
+
+bool RemoveFolderIn(DIR* folder, const std::string& /*path*/, const char* name) {
+    return unlinkat(dirfd(folder), name, AT_REMOVEDIR) == 0;
 }
 
 }  // namespace krutein

@@ -71,12 +71,20 @@ DIR* OpenFolderStream(const std::string& path, bool followLink) {
     return opendir(path.c_str());
 }
 
+DIR* OpenFolderIn(DIR* /*folder*/, const std::string& path, const char* name) {
+    return OpenFolderStream(path + "/" + name, false);
+}
+
 bool StatIn(DIR* /*folder*/, const std::string& path, const char* name, struct stat& info) {
     return lstat((path + "/" + name).c_str(), &info) == 0;
 }
 
 bool RemoveIn(DIR* /*folder*/, const std::string& path, const char* name) {
     return unlink((path + "/" + name).c_str()) == 0;
+}
+
+bool RemoveFolderIn(DIR* /*folder*/, const std::string& path, const char* name) {
+    return rmdir((path + "/" + name).c_str()) == 0;
 }
 
 }  // namespace krutein

@@ -55,23 +55,37 @@ std::string TextOf(const char* text) {
 }
 
 /// Deletes what is not needed in a folder and below it, in the order of a listing. Nothing outside is
-/// touched, whatever names and links there are.
+/// touched, whatever names and links there are and whatever becomes a link meanwhile.
 class Pruning {
  public:
-    /// \param need     what is found is removed from it: each needed ID keeps one file, a second one goes.
-    /// \param folders  receives the folders below, each before those in it.
-    Pruning(std::set<std::string>& need, std::vector<std::string>& folders)
-        : m_need(need), m_folders(folders) {
+    /// \param need  what is found is removed from it: each needed ID keeps one file, a second one goes.
+    Pruning(std::string path, std::set<std::string>& need) : m_path(std::move(path)), m_need(need) {
         for (auto each = need.begin(); each != need.end(); ++each)
             m_index.emplace(*each, each);
     }
 
-    void Prune(const std::string& path) { Prune(path, true); }
+    void Prune() {
+        if (m_root.Open(m_path, false)) Prune("");
+    }
+
+    /// After Prune: removes the folders below that are empty, each before those in it.
+    void RemoveEmptyFolders() const {
+        krutein::OpenedFolder parent;
+        for (const std::string& folder : m_folders) {
+            const std::size_t slash = folder.rfind('/');
+            const std::string name = folder.substr(slash + 1);  // npos + 1 is 0
+            const std::string above = slash == std::string::npos ? "" : folder.substr(0, slash);
+            if (IsDeletable(name.c_str()) && parent.OpenBelow(m_root, above)) {
+                parent.RemoveFolder(name.c_str());
+            }
+        }
+    }
 
  private:
-    void Prune(const std::string& path, bool followLink) {
+    /// \param below  the folder's path in the backup's.
+    void Prune(const std::string& below) {
         krutein::OpenedFolder folder;
-        if (!folder.Open(path, followLink)) return;
+        if (!folder.OpenBelow(m_root, below)) return;
         krutein::FolderNames names;
         for (bool more = true; more;) {
             names.Clear();
@@ -79,30 +93,32 @@ class Pruning {
             // The stream is closed while a folder in it is pruned: then it has to be read to its end.
             if (names.HasFolder()) folder.ReadAll(names);
             more = more && !names.HasFolder();
-            PruneNames(path, followLink, folder, names);
+            PruneNames(below, folder, names);
         }
     }
 
-    void PruneNames(const std::string& path, bool followLink, krutein::OpenedFolder& folder,
+    void PruneNames(const std::string& below, krutein::OpenedFolder& folder,
                     const krutein::FolderNames& names) {
+        const std::string prefix = below.empty() ? "" : below + "/";
         for (const krutein::FolderNames::Entry& entry : names.Entries()) {
             const char* const name = names.NameOf(entry);
             if (entry.isFolder) {
                 folder.Close();  // meanwhile: a deep tree must not use up the descriptors
-                m_folders.push_back(path + "/" + name);
-                Prune(std::string(m_folders.back()), false);
+                m_folders.push_back(prefix + name);
+                Prune(std::string(m_folders.back()));
                 continue;
             }
             if (IsKept(name)) continue;
-            const bool open = folder.IsOpen() || folder.Open(path, followLink);
+            const bool open = folder.IsOpen() || folder.OpenBelow(m_root, below);
             if (!open || !IsDeletable(name) || !folder.Remove(name)) {
-                KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!", (path + "/" + name).c_str());
+                KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!",
+                            (m_path + "/" + prefix + name).c_str());
             }
         }
     }
 
     /// A name with a backslash is another path once it is normalised, perhaps that of a needed file, or one
-    /// outside: such a file stays.
+    /// outside: such a file or folder stays.
     static bool IsDeletable(const char* name) { return std::strchr(name, '\\') == nullptr; }
 
     bool IsKept(const char* name) {
@@ -117,10 +133,12 @@ class Pruning {
         return true;
     }
 
+    std::string m_path;
+    krutein::OpenedFolder m_root;  ///< open to the end: what its path leads to may change
+    std::vector<std::string> m_folders;
     std::set<std::string>& m_need;
     /// Of hundreds of thousands of files each is looked up, which in the set itself would show.
     std::unordered_map<std::string_view, std::set<std::string>::iterator> m_index;
-    std::vector<std::string>& m_folders;
     std::string m_name;  ///< one buffer for all names
 };
 
@@ -204,11 +222,9 @@ int CBackupMgr::GetNeedFilesIOS9(std::set<std::string>& need) {
 }
 
 void CBackupMgr::DeleteNoNeedFile(std::set<std::string>& need) {
-    std::vector<std::string> folders;
-    Pruning(need, folders).Prune(m_backupFolder);
-    if (m_legacyManifest) return;
-    for (const std::string& folder : folders)
-        STD_FILE_DeleteEmptyDirA(folder);
+    Pruning pruning(m_backupFolder, need);
+    pruning.Prune();
+    if (!m_legacyManifest) pruning.RemoveEmptyFolders();
 }
 
 bool CBackupMgr::SaveIOS9HashCache(std::string path, std::map<std::string, ST_DB_FILE_INFO>& entries) {
