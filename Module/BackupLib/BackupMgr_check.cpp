@@ -20,6 +20,9 @@ constexpr char kWhatsappMessageCount[] = "select count(*) from zwamessage";
 constexpr char kWhatsappChatCount[] = "select count(*) from ZWACHATSESSION";
 constexpr char kWechatDatabases[] = "select fileID from Files where relativePath like '%mm.sqlite'";
 
+/// Of the file IDs of WeChat databases, of which there is one for each account.
+constexpr std::size_t kMostIdBytes = std::size_t{1} << 20;
+
 /// Characters of a file ID that name its folder in the newer layout.
 constexpr std::size_t kFolderChars = 2;
 
@@ -92,6 +95,8 @@ bool CBackupMgr::CheckWechat() {
     std::vector<std::string> ids;
     GetWechatFileIDs(ids);
     for (const std::string& id : ids) {
+        // The catalogue's texts must not lead to databases elsewhere.
+        if (id.find('/') != std::string::npos) continue;
         if (!CheckDataBaseHasRecord(GetDataBasePath(id), kWechatChatTables)) continue;
         KRUTEIN_LOG("[Backup] wechat valid");
         return true;
@@ -115,6 +120,11 @@ void CBackupMgr::GetWechatFileIDsIOS10(std::vector<std::string>& ids) {
     krutein::Database manifest;
     if (!manifest.Open(m_manifestPath)) return;
     krutein::Query query(manifest, kWechatDatabases);
-    while (query.Next())
+    const std::size_t before = ids.size();
+    std::size_t bytes = 0;
+    while (query.Next() && bytes <= kMostIdBytes) {
         ids.push_back(query.Text(0));
+        bytes += ids.back().size();
+    }
+    if (query.WasEnded() || bytes > kMostIdBytes) ids.resize(before);
 }

@@ -28,6 +28,9 @@ constexpr char kContactImagesFileID[] = "cd6702cea29fe89cf280a76794405adb17f9a0e
 /// Shorter names are those of the backup's own files: catalogues, Info.plist and the like.
 constexpr std::size_t kLeastIdChars = 20;
 
+/// File IDs of six million files. What has more is no catalogue, and memory is not endless.
+constexpr std::size_t kMostIdBytes = std::size_t{240} * 1000 * 1000;
+
 constexpr std::uint32_t kCacheMagic = 0xEEEEEEEE;
 constexpr std::uint32_t kCacheEnd = 0xFFFFFFFF;
 
@@ -194,9 +197,15 @@ int CBackupMgr::GetNeedFilesIOS10(std::set<std::string>& need) {
     krutein::Database manifest;
     if (!manifest.Open(m_manifestPath)) return kJobCannotOpenManifestDb;
     krutein::Query query(manifest, text);
-    while (query.Next())
-        need.insert(LowerCase(query.Text(0)));
-    return kJobDone;
+    std::size_t bytes = 0;
+    while (query.Next()) {
+        std::string fileID = LowerCase(query.Text(0));
+        bytes += fileID.size();
+        if (bytes > kMostIdBytes) return kJobCannotOpenManifestDb;
+        need.insert(std::move(fileID));
+    }
+    // Who prunes by a part of the needed files deletes the others.
+    return query.WasEnded() ? kJobCannotOpenManifestDb : kJobDone;
 }
 
 int CBackupMgr::GetNeedFilesIOS9(std::set<std::string>& need) {

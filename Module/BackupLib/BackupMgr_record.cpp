@@ -1,5 +1,7 @@
 // The backup manager writes the record file of a backup.
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <ctime>
 
@@ -37,6 +39,13 @@ std::string OneLine(std::string text) {
     return text;
 }
 
+/// False for a link, which leads to a file elsewhere, and for a pipe, which would be waited for.
+bool CanBeWritten(std::string path) {
+    STD_PATH_FormatA(path);
+    struct stat info {};
+    return lstat(path.c_str(), &info) != 0 || S_ISREG(info.st_mode) || S_ISDIR(info.st_mode);
+}
+
 void SetText(CIniObj& record, const char* key, const std::string& value) {
     record.setIni_string(kSection, key, value);
 }
@@ -60,14 +69,14 @@ bool CBackupMgr::SaveBackup() {
     const std::time_t now = std::time(nullptr);
     const std::string path = m_backupDir + "\\" + kRecordFile;
     CIniObj record;
-    if (!record.load(path)) {
+    if (!CanBeWritten(path) || !record.load(path)) {
         KRUTEIN_LOG("[Backup] save backukp ini fail![%s] ", path.c_str());
         return false;
     }
     if (!m_manifestEntries.empty()) {
         std::string cache = m_backupDir + STD_FormatA("/%x", static_cast<unsigned>(now));
         STD_PATH_FormatA(cache);
-        if (!SaveIOS9HashCache(cache, m_manifestEntries)) {
+        if (!CanBeWritten(cache) || !SaveIOS9HashCache(cache, m_manifestEntries)) {
             KRUTEIN_LOG("[Backup] SaveIOS9HashCache fail! ");
             return false;
         }

@@ -12,15 +12,22 @@
 
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
+#include "Module/BackupLib/JobState.h"
 
 namespace krutein {
 namespace {
 
 constexpr const char* kLogs[] = {"-wal", "-journal"};
+constexpr char kCopyName[] = "/copy";
 
 /// The end of a journal that names another one, that of a change of several databases.
 constexpr char kJournalMagic[] = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
 constexpr long kMagicBytes = sizeof kJournalMagic - 1;
+
+/// Steps of SQLite's machine between two looks whether a query has to end: less than a second, and what a
+/// catalogue of half a million files takes.
+constexpr int kStepsBetweenLooks = 10'000'000;
+constexpr int kMostLooks = 5;
 
 bool HasContent(const std::string& path) {
     struct stat info {};
@@ -40,9 +47,18 @@ bool IsUsable(const std::string& log) {
     return HasContent(log) && !NamesAnotherJournal(log);
 }
 
-bool IsFolder(const std::string& path) {
+/// Opening a pipe would wait for somebody to write into it.
+bool IsFile(const std::string& path) {
     struct stat info {};
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+/// False when the copy is not whole, as on a full disk.
+bool CopyWhole(const std::string& from, const std::string& to) {
+    STD_FILE_CopyFileA(from, to, true);
+    struct stat source {};
+    struct stat copy {};
+    return stat(from.c_str(), &source) == 0 && stat(to.c_str(), &copy) == 0 && source.st_size == copy.st_size;
 }
 
 /// A path as part of a URI: what would end it or be decoded in it is written as %XX.
@@ -82,34 +98,42 @@ Database::~Database() {
 }
 
 bool Database::Open(const std::string& path) {
-    if (IsFolder(path)) return false;
-    const std::string copy = CopyWithLogs(path);
+    if (!IsFile(path) || !CopyWithLogs(path)) return false;
+    const std::string copy = m_copyFolder.empty() ? std::string() : m_copyFolder + kCopyName;
     // Immutable: nobody else changes it, so no lock, log or shared memory file is needed.
     const std::string uri = copy.empty() ? "file:" + UriPath(path) + "?immutable=1" : "file:" + UriPath(copy);
     const int access = copy.empty() ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const int flags = access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;  // one thread uses it
-    return sqlite3_open_v2(uri.c_str(), &m_handle, flags, nullptr) == SQLITE_OK;
+    if (sqlite3_open_v2(uri.c_str(), &m_handle, flags, nullptr) != SQLITE_OK) return false;
+    sqlite3_progress_handler(m_handle, kStepsBetweenLooks, LookWhetherToEnd, this);
+    sqlite3_exec(m_handle, "PRAGMA trusted_schema = OFF", nullptr, nullptr, nullptr);
+    return true;
 }
 
-/// Copies a database that has logs with content beside it.
-/// \return the copy's path; "" when there are none, or when it cannot be copied: then what is in the database
-/// itself has to do.
-std::string Database::CopyWithLogs(const std::string& path) {
+int Database::LookWhetherToEnd(void* database) {
+    const int looks = ++static_cast<Database*>(database)->m_looks;
+    return JobCancelled() || looks > kMostLooks ? 1 : 0;
+}
+
+/// Copies a database that has logs with content beside it into m_copyFolder, which stays "" without them.
+/// \return false when it has, and cannot be copied: what is in the database alone may be far from the truth.
+bool Database::CopyWithLogs(const std::string& path) {
     bool hasLogs = false;
     for (const char* const log : kLogs)
         hasLogs = hasLogs || IsUsable(path + log);
-    if (!hasLogs) return {};
+    if (!hasLogs) return true;
     m_copyFolder = TemporaryFolder();
-    if (m_copyFolder.empty()) return {};
-    std::string copy = m_copyFolder + "/copy";
-    STD_FILE_CopyFileA(path, copy, true);
+    if (m_copyFolder.empty()) return false;
+    const std::string copy = m_copyFolder + kCopyName;
+    bool whole = CopyWhole(path, copy);
     for (const char* const log : kLogs) {
-        if (IsUsable(path + log)) STD_FILE_CopyFileA(path + log, copy + log, true);
+        if (IsUsable(path + log)) whole = CopyWhole(path + log, copy + log) && whole;
     }
-    return copy;
+    return whole;
 }
 
-Query::Query(const Database& database, const std::string& text) {
+Query::Query(Database& database, const std::string& text) {
+    database.m_looks = 0;
     sqlite3_prepare_v2(database.Handle(), text.c_str(), -1, &m_statement, nullptr);
 }
 
@@ -118,7 +142,10 @@ Query::~Query() {
 }
 
 bool Query::Next() {
-    return m_statement != nullptr && sqlite3_step(m_statement) == SQLITE_ROW;
+    if (m_statement == nullptr) return false;
+    const int result = sqlite3_step(m_statement);
+    m_ended = m_ended || result == SQLITE_INTERRUPT;
+    return result == SQLITE_ROW;
 }
 
 std::string Query::Text(int column) const {

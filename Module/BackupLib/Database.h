@@ -10,6 +10,9 @@ namespace krutein {
 /// A look into an SQLite database that leaves it, and the folder that it lies in, as they are: it is opened
 /// for reading only, no lock is taken and no file made beside it. What a log beside it holds is seen all the
 /// same: such a database is read from a temporary copy. Internal.
+///
+/// What a database holds may be meant to do harm: its views run without the functions that could, and a query
+/// that does not come to an end is ended, see Query::WasEnded.
 class Database {
  public:
     Database() = default;
@@ -17,24 +20,28 @@ class Database {
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// \return false when the path cannot be opened: it is missing, unreadable or a folder. That it is no
-    ///         database at all shows in the first query only.
+    /// \return false when the path cannot be opened: it is missing, unreadable or no file; also when it has a
+    ///         log and no copy can be made. That it is no database at all shows in the first query only.
     bool Open(const std::string& path);
 
     sqlite3* Handle() const { return m_handle; }
 
  private:
-    std::string CopyWithLogs(const std::string& path);
+    bool CopyWithLogs(const std::string& path);
+    static int LookWhetherToEnd(void* database);
 
     sqlite3* m_handle = nullptr;
+    int m_looks = 0;  ///< of the query that runs
     std::string m_copyFolder;
+
+    friend class Query;
 };
 
 /// A query and its rows. Internal.
 class Query {
  public:
     /// \param text  UTF-8; the first statement in it is taken.
-    Query(const Database& database, const std::string& text);
+    Query(Database& database, const std::string& text);
     ~Query();
     Query(const Query&) = delete;
     Query& operator=(const Query&) = delete;
@@ -45,12 +52,17 @@ class Query {
     /// Goes to the next row. \return false when there is none, also after an error.
     bool Next();
 
+    /// True when the rows were not all: the query went on for too long, or the job was asked to stop while it
+    /// went on for longer than any query of a real backup does.
+    bool WasEnded() const { return m_ended; }
+
     /// A column of the row as text up to its first NUL; "" for null.
     std::string Text(int column) const;
     int Int(int column) const;
 
  private:
     sqlite3_stmt* m_statement = nullptr;
+    bool m_ended = false;
 };
 
 }  // namespace krutein

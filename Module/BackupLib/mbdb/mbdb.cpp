@@ -96,6 +96,12 @@ Catalogue ParseImage(Bytes image, unsigned int size) {
     return mbdb;
 }
 
+/// Opening a pipe would wait for somebody to write into it.
+bool IsPipe(const char* path) {
+    struct stat info {};
+    return stat(path, &info) == 0 && S_ISFIFO(info.st_mode);
+}
+
 /// Length of a file, of which the low 32 bits count; 0 for folders and what has no length.
 unsigned int LengthOf(FILE* file) {
     struct stat info {};
@@ -163,7 +169,7 @@ mbdb_t* mbdb_parse(unsigned char* data, unsigned int size) {
 }
 
 mbdb_t* mbdb_open(const char* path) {
-    const Stream file(path == nullptr ? nullptr : std::fopen(path, "rb"));
+    const Stream file(path == nullptr || IsPipe(path) ? nullptr : std::fopen(path, "rb"));
     if (file == nullptr) return nullptr;
     const unsigned int size = LengthOf(file.get());
     if (size == 0) return nullptr;

@@ -1,0 +1,65 @@
+// App databases that are meant to do harm, looked into without a job.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "Module/BackupLib/BackupMgr.h"
+#include "Tests/support/BackupBuilder.h"
+
+namespace {
+
+const char kCount[] = "select count(*) from message";
+
+class AppDatabase : public testing::Test {
+ protected:
+    /// Whether a database of these statements has records; it must be the same afterwards.
+    bool HasRecords(const std::vector<std::string>& statements) const {
+        const std::string content = BackupBuilder::DatabaseContent(statements);
+        folder.Write("db", content);
+        const bool result = manager.CheckDataBaseHasRecord(folder.Path("db"), kCount);
+        EXPECT_EQ(folder.Read("db"), content);
+        EXPECT_EQ(FilesBelow(folder.Path()), std::set<std::string>{"db"});
+        return result;
+    }
+
+    CBackupMgr& manager = *CBackupMgr::GetInstance();
+    TemporaryFolder folder;
+};
+
+}  // namespace
+
+TEST_F(AppDatabase, MayHaveAViewInPlaceOfATable) {
+    EXPECT_TRUE(HasRecords({"CREATE VIEW message AS SELECT 1"}));
+    EXPECT_FALSE(HasRecords({"CREATE VIEW message AS SELECT 1 WHERE 0"}));
+    EXPECT_FALSE(HasRecords({"CREATE VIEW message AS SELECT * FROM message"})) << "it is its own source";
+    EXPECT_FALSE(HasRecords({"CREATE VIEW message AS SELECT load_extension('evil')"}));
+}
+
+TEST_F(AppDatabase, MayHaveTriggersWhichNeverRun) {
+    EXPECT_TRUE(HasRecords({"CREATE TABLE message (a)", "INSERT INTO message VALUES (1)",
+                            "CREATE TRIGGER t AFTER UPDATE ON message BEGIN DELETE FROM message; END"}));
+}
+
+TEST_F(AppDatabase, WithoutEndHoldsNothing) {
+    EXPECT_FALSE(HasRecords(
+        {"CREATE VIEW message AS WITH RECURSIVE row(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM row) "
+         "SELECT n FROM row"}));
+}
+
+TEST_F(AppDatabase, ThatIsAPipeHoldsNothing) {
+    ASSERT_EQ(mkfifo(folder.Path("db").c_str(), 0600), 0);
+    EXPECT_FALSE(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount));
+}
+
+TEST_F(AppDatabase, CutAnywhereHoldsWhatCanBeReadOrNothing) {
+    const std::string whole =
+        BackupBuilder::DatabaseContent({"CREATE TABLE message (a)", "INSERT INTO message VALUES (1)"});
+    for (std::size_t length = 0; length < whole.size(); length += 64) {
+        folder.Write("db", whole.substr(0, length));
+        const bool secondPageBegan = length > 4096;
+        EXPECT_EQ(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount), secondPageBegan) << length;
+        EXPECT_EQ(folder.Read("db"), whole.substr(0, length));
+    }
+}
