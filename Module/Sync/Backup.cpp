@@ -153,7 +153,8 @@ std::string CBackup::Rename(const std::string& folder, const std::string& udid, 
     const std::string temporary = folder + kTemporary + "\\";
     std::string result = FreeName(folder + udid);
     STD_FILE_RenameDirA(temporary + udid, result);
-    STD_FILE_DeleteDirA(temporary);
+    // What is still there could not be moved, or not whole: there is no other one.
+    if (!STD_PATH_ExistA(temporary + udid)) STD_FILE_DeleteDirA(temporary);
     return result;
 }
 

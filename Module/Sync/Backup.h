@@ -41,8 +41,9 @@ class KRUTEIN_API CBackup : public IBackup, public CCallBack {
     /// \throws std::invalid_argument or std::out_of_range when the word there is no 64-bit number.
     void ParseInfo(const std::string& text);
 
-    /// Moves a finished backup from the temporary folder to its final name and removes the temporary folder.
-    /// \return the final path, whether the move worked or not.
+    /// Moves a finished backup from the temporary folder to its final name and removes the temporary folder,
+    /// unless the backup is still in it: then the move has failed, and what is at the final path is not
+    /// whole. \return the final path, whether the move worked or not.
     std::string Rename(const std::string& folder, const std::string& udid, int unused = 0);
 
  private:

@@ -23,7 +23,9 @@ class KRUTEIN_API IBackup {
     /// The tool writes into the folder whose name is `folder` with "temp" appended; the finished backup is
     /// moved to `folder` with `udid` appended (and the local time, "-YYYYMMDD-HHMMSS", when something is
     /// there already), and the temporary folder is removed. End `folder` with '/' to get folders inside of
-    /// it. Without a callback the backup stays in the temporary folder.
+    /// it. Without a callback the backup stays in the temporary folder. When it cannot be moved, as on a full
+    /// disk, event 3 comes all the same and the backup stays in the temporary folder: look whether it is
+    /// gone.
     ///
     /// Events: 2 for progress, then 3 or 4; none of these two once a stop has been carried out.
     ///

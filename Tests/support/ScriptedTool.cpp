@@ -1,5 +1,6 @@
 // A backup tool that does what a script tells it, one step a line. The script's path is in the environment
-// variable KRUTEIN_TOOL_SCRIPT; Tests/support/ToolScript.h writes it and names the steps.
+// variable KRUTEIN_TOOL_SCRIPT; Tests/support/ToolScript.h writes it and names the steps. One whose name ends
+// with a dot and the device's identifier comes first.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -197,7 +198,9 @@ int main(int count, char** words) {
     const std::string argument = words[1];
     const Options options = Parse(argument);
     if (options.count("-pipe") != 0) g_pipe = std::atoi(options.at("-pipe").c_str());
-    std::ifstream steps(script);
+    std::string path = script;
+    if (options.count("-target") != 0) path += "." + options.at("-target");
+    std::ifstream steps(access(path.c_str(), F_OK) == 0 ? path : script);
     std::string line;
     // list-descriptors must not see this stream.
     std::vector<std::string> lines;

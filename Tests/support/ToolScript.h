@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdlib>
-#include <fstream>
+#include <map>
 #include <string>
 
 #include "Tests/support/TemporaryFolder.h"
@@ -18,9 +18,15 @@ class ToolScript {
     ToolScript(const ToolScript&) = delete;
     ToolScript& operator=(const ToolScript&) = delete;
 
+    /// The steps from here on are for the runs for this device alone, which then do nothing else.
+    ToolScript& For(const std::string& device) {
+        m_file = "script." + device;
+        return *this;
+    }
+
     /// Adds a step as it stands.
     ToolScript& Step(const std::string& step) {
-        m_steps += step + "\n";
+        m_steps[m_file] += step + "\n";
         Save();
         return *this;
     }
@@ -64,8 +70,9 @@ class ToolScript {
     std::string Descriptors() const { return m_folder.Read("descriptors"); }
 
  private:
-    void Save() const { m_folder.Write("script", m_steps); }
+    void Save() { m_folder.Write(m_file, m_steps[m_file]); }
 
     TemporaryFolder m_folder;
-    std::string m_steps;
+    std::string m_file = "script";
+    std::map<std::string, std::string> m_steps;  ///< by file
 };

@@ -8,6 +8,7 @@
 
 #include <dirent.h>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 
 #include "Common/Export.h"
