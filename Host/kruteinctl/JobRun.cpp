@@ -9,6 +9,7 @@
 
 #include "Common/std/std_process.h"
 #include "Host/kruteinctl/Encryption.h"
+#include "Host/kruteinctl/Record.h"
 #include "Host/kruteinctl/Text.h"
 #include "Module/BackupLib/BackupMgr.h"
 #include "Module/BackupLib/ConfigMgr.h"
@@ -98,6 +99,12 @@ class Job : public CCallBack {
     std::thread m_thread;
 };
 
+/// True also when what comes last of the things that matter is in it.
+bool HasWholeRecord(const std::string& job) {
+    const std::optional<Record> record = ReadRecord(job);
+    return record && record->isValid;
+}
+
 /// Removes what the job has made, which the manager knows best: another process may have added a folder too.
 void RemoveJob(const std::string& job) {
     CBackupMgr::GetInstance()->DeleteFailBackupFiles();
@@ -117,14 +124,16 @@ std::string RunJob(Session& session, IBaseDevice& device, const std::string& fol
     session.Enter("backing up");
     while (folders.IsTaken())
         ps_sleep(100);
-    const int result = Job(session, device, folder, type).Result();
+    int result = Job(session, device, folder, type).Result();
     std::string job = folders.Added();
+    // The library does not notice when the disk gets full while it writes the record.
+    if (result == kJobDone && !HasWholeRecord(job)) result = kJobRecordNotWritten;
     if (result == kJobDone) return job;
     const bool encrypted = !job.empty() && IsEncrypted(job + "/" + device.GetDeviceID());
     if (!keepFailed && !job.empty()) RemoveJob(job);
     const std::string kept =
         keepFailed && !job.empty() ? fmt::format("; what there is stays in {}", Printable(job)) : "";
-    if (encrypted && result != kJobCancelled)
+    if (encrypted && result != kJobCancelled && result != kJobRecordNotWritten)
         throw Failure(ExitCode::kEncrypted, std::string(kEncryptedText) + kept);
     throw Failure::OfJob(result, kept);
 }

@@ -27,9 +27,10 @@ class NoReaderMessages {
     }  // NOLINT(cert-dcl50-cpp): as the reader wants it
 };
 
+/// A link is none: what it leads to may be anything.
 bool IsFile(const fs::path& path) {
     std::error_code error;
-    return fs::is_regular_file(path, error);
+    return fs::is_regular_file(fs::symlink_status(path, error));
 }
 
 void Look(const fs::path& folder, FoundRecords& found, const krutein::Interrupt& interrupt) {
