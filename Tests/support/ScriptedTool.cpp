@@ -3,7 +3,6 @@
 // with a dot and the device's identifier comes first.
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -96,8 +95,7 @@ Options Parse(const std::string& argument) {
 void MakeBackup(const Options& options) {
     const std::string parent = options.at("-backuppath");
     const std::string folder = parent + "/" + options.at("-target");
-    mkdir(parent.c_str(), 0755);
-    mkdir(folder.c_str(), 0755);
+    fs::create_directories(folder);
     std::ofstream(folder + "/Manifest.db") << "made by a script";
     std::ofstream(parent + "/left-over") << "x";
 }
