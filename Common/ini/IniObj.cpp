@@ -1,5 +1,6 @@
 #include "Common/ini/IniObj.h"
 
+#include <cstring>
 #include <map>
 #include <new>
 #include <vector>
@@ -11,26 +12,38 @@
 
 namespace {
 
-using Sections = std::map<std::string, std::vector<ST_INI_KEY_VALUE>>;
+using Lines = std::vector<ST_INI_KEY_VALUE>;
+using Sections = std::map<std::string, Lines>;
+
+/// The lines of a section, which is most often that of the key before.
+Lines& LinesOf(const std::string& name, Sections& sections, Sections::iterator& last) {
+    if (last == sections.end() || last->first != name) last = sections.try_emplace(name).first;
+    return last->second;
+}
 
 Sections Group(const dictionary& d) {
     Sections sections;
-    std::vector<std::string> pieces;
+    auto last = sections.end();
     for (int i = 0; i < d.size; ++i) {
-        if (d.key[i] == nullptr) continue;
-        STD_SplitA(d.key[i], ":", pieces);
-        if (pieces.size() != 2) continue;
-        sections[pieces[0]].push_back({pieces[1], d.val[i] == nullptr ? "" : d.val[i]});
+        const char* const colon = d.key[i] == nullptr ? nullptr : std::strchr(d.key[i], ':');
+        if (colon == nullptr || std::strchr(colon + 1, ':') != nullptr) continue;
+        const std::string section(d.key[i], static_cast<std::size_t>(colon - d.key[i]));
+        LinesOf(section, sections, last).push_back({colon + 1, d.val[i] == nullptr ? "" : d.val[i]});
     }
     return sections;
 }
 
 void Write(const Sections& sections, FILE* out) {
+    const auto put = [out](const std::string& text) { std::fwrite(text.data(), 1, text.size(), out); };
     for (const auto& [section, lines] : sections) {
         std::fprintf(out, "[%s]\n", section.c_str());
-        for (const ST_INI_KEY_VALUE& line : lines)
-            std::fprintf(out, "%s = %s\n", line.key.c_str(), line.value.c_str());
-        std::fputs("\n", out);
+        for (const ST_INI_KEY_VALUE& line : lines) {
+            put(line.key);
+            std::fputs(" = ", out);
+            put(line.value);
+            std::fputc('\n', out);
+        }
+        std::fputc('\n', out);
     }
 }
 

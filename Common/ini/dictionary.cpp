@@ -4,6 +4,9 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+
+#include "Common/ini/dictionary_builder.h"
 
 namespace {
 
@@ -75,19 +78,81 @@ int FreeSlot(const dictionary& d) {
     return slot;
 }
 
-bool Insert(dictionary& d, const char* key, unsigned hash, char* value) {
-    if (d.n == d.size && !Grow(d)) return false;
+/// \return the new entry's slot, or kNoSlot without memory.
+int Insert(dictionary& d, const char* key, unsigned hash, char* value) {
+    if (d.n == d.size && !Grow(d)) return kNoSlot;
     char* const copy = Duplicate(key);
-    if (copy == nullptr) return false;
+    if (copy == nullptr) return kNoSlot;
     const int slot = FreeSlot(d);
     d.key[slot] = copy;
     d.val[slot] = value;
     d.hash[slot] = hash;
     ++d.n;
-    return true;
+    return slot;
+}
+
+/// Gives the key the value: in the slot that it has, or as a new entry.
+/// \return the key's slot, or kNoSlot without memory.
+int Store(dictionary& d, int slot, const char* key, unsigned hash, const char* val) {
+    // Copied first: the value may be the one that it replaces.
+    char* const value = val == nullptr ? nullptr : Duplicate(val);
+    if (val != nullptr && value == nullptr) return kNoSlot;
+    if (slot != kNoSlot) {
+        std::free(d.val[slot]);
+        d.val[slot] = value;
+        return slot;
+    }
+    const int inserted = Insert(d, key, hash, value);
+    if (inserted == kNoSlot) std::free(value);
+    return inserted;
 }
 
 }  // namespace
+
+namespace krutein::ini {
+
+int DictionaryBuilder::Set(const char* key, const char* val) {
+    const unsigned hash = dictionary_hash(key);
+    const int known = Find(key, hash);
+    if (known == kNoSlot && !MakeRoom()) return -1;
+    const int slot = Store(m_dictionary, known, key, hash, val);
+    if (slot == kNoSlot) return -1;
+    if (known == kNoSlot) Note(slot);
+    return 0;
+}
+
+int DictionaryBuilder::Find(const char* key, unsigned hash) const {
+    if (m_places.empty()) return kNoSlot;
+    for (std::size_t place = PlaceOf(hash);; place = Next(place)) {
+        const int slot = m_places[place];
+        if (slot == kNoSlot) return kNoSlot;
+        if (m_dictionary.hash[slot] == hash && std::strcmp(m_dictionary.key[slot], key) == 0) return slot;
+    }
+}
+
+/// Keeps at least half of the places free.
+bool DictionaryBuilder::MakeRoom() {
+    const auto entries = static_cast<std::size_t>(m_dictionary.n);
+    if (2 * (entries + 1) <= m_places.size()) return true;
+    try {
+        m_places.assign(std::max(kLeastPlaces, 2 * m_places.size()), kNoSlot);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    for (int slot = 0; slot < m_dictionary.size; ++slot) {
+        if (m_dictionary.key[slot] != nullptr) Note(slot);
+    }
+    return true;
+}
+
+void DictionaryBuilder::Note(int slot) {
+    std::size_t place = PlaceOf(m_dictionary.hash[slot]);
+    while (m_places[place] != kNoSlot)
+        place = Next(place);
+    m_places[place] = slot;
+}
+
+}  // namespace krutein::ini
 
 unsigned dictionary_hash(const char* key) {
     if (key == nullptr) return 0;
@@ -135,19 +200,8 @@ const char* dictionary_get(const dictionary* d, const char* key, const char* def
 
 int dictionary_set(dictionary* d, const char* key, const char* val) {
     if (d == nullptr || key == nullptr) return -1;
-    // Copied first: the value may be the one that it replaces.
-    char* const value = val == nullptr ? nullptr : Duplicate(val);
-    if (val != nullptr && value == nullptr) return -1;
     const unsigned hash = dictionary_hash(key);
-    const int slot = SlotOf(*d, key, hash);
-    if (slot != kNoSlot) {
-        std::free(d->val[slot]);
-        d->val[slot] = value;
-        return 0;
-    }
-    if (Insert(*d, key, hash, value)) return 0;
-    std::free(value);
-    return -1;
+    return Store(*d, SlotOf(*d, key, hash), key, hash, val) == kNoSlot ? -1 : 0;
 }
 
 void dictionary_unset(dictionary* d, const char* key) {

@@ -4,11 +4,13 @@
 #include <cstring>
 #include <memory>
 
+#include "Common/ini/dictionary_builder.h"
 #include "Common/ini/ini_text.h"
 #include "Common/ini/iniparser.h"
 
 namespace {
 
+using krutein::ini::IsSpace;
 using krutein::ini::kLineBytes;
 using krutein::ini::LowerName;
 using krutein::ini::Report;
@@ -29,38 +31,46 @@ using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
 
 enum class LineKind { kComment, kSection, kValue, kError };
 
-/// What a line says. The line buffer bounds all fields.
+/// What a line says. The line buffer bounds both fields.
 struct Line {
-    char name[kLineBytes] = {};  ///< of the section or key
-    char value[kLineBytes] = {};
+    char name[kLineBytes];  ///< of the section or key
+    char value[kLineBytes];
 };
 
-// The patterns are those of the syntax, in the order in which they are tried.
-
-bool IsQuoted(const char* text, Line& line) {
-    return std::sscanf(text, "%[^=] = \"%[^\"]\"", line.name, line.value) == 2 ||
-           std::sscanf(text, "%[^=] = '%[^']'", line.name, line.value) == 2;
+void Copy(const char* from, std::size_t length, char (&to)[kLineBytes]) {
+    std::memcpy(to, from, length);
+    to[length] = '\0';
 }
 
-bool IsPlain(const char* text, Line& line) {
-    return std::sscanf(text, "%[^=] = %[^;#]", line.name, line.value) == 2;
+const char* SkipSpace(const char* text) {
+    while (*text != '\0' && IsSpace(*text))
+        ++text;
+    return text;
 }
 
-bool IsEmptyValue(const char* text, Line& line) {
-    return std::sscanf(text, "%[^=] = %[;#]", line.name, line.value) == 2 ||
-           std::sscanf(text, "%[^=] %[=]", line.name, line.value) == 2;
+/// The text behind the first quote, as far as the second one or, without it, the end. \return false when
+/// there is none: two quotes with nothing between are no quoted value.
+bool ReadQuoted(const char* text, char (&value)[kLineBytes]) {
+    const char quotes[] = {text[0], '\0'};
+    if (text[0] != '"' && text[0] != '\'') return false;
+    const std::size_t length = std::strcspn(text + 1, quotes);
+    if (length > 0) Copy(text + 1, length, value);
+    return length > 0;
+}
+
+/// Up to a comment.
+void ReadPlain(const char* text, char (&value)[kLineBytes]) {
+    Copy(text, std::strcspn(text, ";#"), value);
+    Strip(value);
+    if (std::strcmp(value, "\"\"") == 0 || std::strcmp(value, "''") == 0) value[0] = '\0';
 }
 
 LineKind ReadValue(const char* text, Line& line) {
-    if (IsQuoted(text, line)) return LineKind::kValue;
-    if (IsPlain(text, line)) {
-        Strip(line.value);
-        // Two quotes with nothing between are an empty value, which the quoted patterns do not match.
-        if (std::strcmp(line.value, "\"\"") == 0 || std::strcmp(line.value, "''") == 0) line.value[0] = '\0';
-        return LineKind::kValue;
-    }
-    if (!IsEmptyValue(text, line)) return LineKind::kError;
-    line.value[0] = '\0';
+    const char* const equals = std::strchr(text, '=');
+    if (equals == nullptr || equals == text) return LineKind::kError;
+    Copy(text, static_cast<std::size_t>(equals - text), line.name);
+    const char* const value = SkipSpace(equals + 1);
+    if (!ReadQuoted(value, line.value)) ReadPlain(value, line.value);
     return LineKind::kValue;
 }
 
@@ -69,11 +79,11 @@ LineKind Read(const char* text, Line& line) {
     if (text[0] == '#' || text[0] == ';') return LineKind::kComment;
     LineKind kind = LineKind::kSection;
     if (text[0] == '[' && text[std::strlen(text) - 1] == ']') {
-        if (std::sscanf(text, "[%[^]]", line.name) != 1) line.name[0] = '\0';
+        Copy(text + 1, std::strcspn(text + 1, "]"), line.name);
     } else {
         kind = ReadValue(text, line);
     }
-    Strip(line.name);
+    if (kind != LineKind::kError) Strip(line.name);
     return kind;
 }
 
@@ -86,7 +96,7 @@ void SkipByteOrderMark(FILE* file) {
 
 class Reader {
  public:
-    Reader(const char* path, FILE* file, dictionary* d) : m_path(path), m_file(file), m_dictionary(d) {}
+    Reader(const char* path, FILE* file, dictionary& d) : m_path(path), m_file(file), m_entries(d) {}
 
     /// \return false when any line was no INI syntax.
     bool ReadAll() {
@@ -120,7 +130,7 @@ class Reader {
                 return true;
             case LineKind::kSection:
                 std::strcpy(m_section, LowerName(line.name).Text());
-                return dictionary_set(m_dictionary, m_section, nullptr) == 0;
+                return m_entries.Set(m_section, nullptr) == 0;
             case LineKind::kValue:
                 return Store(LowerName(line.name).Text(), line.value);
             case LineKind::kError:
@@ -133,13 +143,16 @@ class Reader {
 
     bool Store(const char* key, const char* value) {
         char entry[2 * (kLineBytes + 1)];
-        std::snprintf(entry, sizeof entry, "%s:%.*s", m_section, static_cast<int>(kLineBytes), key);
-        return dictionary_set(m_dictionary, entry, value) == 0;
+        const std::size_t section = std::strlen(m_section);
+        std::memcpy(entry, m_section, section);
+        entry[section] = ':';
+        std::strcpy(entry + section + 1, key);
+        return m_entries.Set(entry, value) == 0;
     }
 
     const char* m_path;
     FILE* m_file;
-    dictionary* m_dictionary;
+    krutein::ini::DictionaryBuilder m_entries;
     char m_section[kLineBytes + 1] = {};
     int m_number = 0;
     int m_errors = 0;
@@ -167,6 +180,6 @@ dictionary* iniparser_load(const char* path) {
         return nullptr;
     }
     Dictionary d(dictionary_new(0));
-    if (d == nullptr || !Reader(path, file.get(), d.get()).ReadAll()) return nullptr;
+    if (d == nullptr || !Reader(path, file.get(), *d).ReadAll()) return nullptr;
     return d.release();
 }

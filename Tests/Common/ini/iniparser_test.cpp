@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -59,6 +61,45 @@ class IniTest : public testing::Test {
     TemporaryFolder folder;
 };
 
+std::string Stripped(std::string text) {
+    static constexpr char kSpace[] = " \t\n\v\f\r";
+    text.erase(text.find_last_not_of(kSpace) + 1);
+    return text.erase(0, std::min(text.size(), text.find_first_not_of(kSpace)));
+}
+
+std::string LowerCase(std::string text) {
+    for (char& c : text)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return text;
+}
+
+/// What a line in the section s stands for, as the scanning function of the C library has it: the syntax was
+/// first written down in its patterns. As Entries.
+std::string ByThePatterns(const std::string& given) {
+    const std::string line = Stripped(given);
+    if (line.empty() || line[0] == ';' || line[0] == '#') return "s";
+    char name[64] = {};
+    char value[64] = {};
+    if (line.front() == '[' && line.back() == ']') {
+        std::sscanf(line.c_str(), "[%63[^]]", name);
+        const std::string section = LowerCase(Stripped(name));
+        return section == "s" ? "s" : "s | " + section;
+    }
+    const auto matches = [&](const char* pattern) {
+        return std::sscanf(line.c_str(), pattern, name, value) == 2;
+    };
+    std::string text;
+    if (matches("%63[^=] = \"%63[^\"]\"") || matches("%63[^=] = '%63[^']'")) {
+        text = value;
+    } else if (matches("%63[^=] = %63[^;#]")) {
+        text = Stripped(value);
+        if (text == "\"\"" || text == "''") text.clear();
+    } else if (!matches("%63[^=] = %63[;#]") && !matches("%63[^=] %63[=]")) {
+        return "failed";
+    }
+    return "s | s:" + LowerCase(Stripped(name)) + "=" + text;
+}
+
 std::string DumpIni(const dictionary* d) {
     const MemoryStream out;
     iniparser_dump_ini(d, out.Stream());
@@ -105,6 +146,37 @@ TEST_F(IniTest, QuotedValuesKeepTheirSpacesAndSigns) {
     EXPECT_EQ(Entries("k = '  a ; b  ' ; note\n"), ":k=  a ; b  ");
     EXPECT_EQ(Entries("k = \"it's\"\n"), ":k=it's");
     EXPECT_EQ(Entries("k = \"unclosed\n"), ":k=unclosed");
+}
+
+TEST_F(IniTest, LinesAreReadAsThePatternsOfTheSyntaxSay) {
+    std::mt19937 random(20261121);
+    static constexpr char kSigns[] = "ab= \t\"';#[]:\\\xC3\xA4";
+    for (int n = 0; n < 4000; ++n) {
+        std::string line;
+        for (auto length = random() % 12; line.size() <= length;)
+            line.push_back(kSigns[random() % (sizeof kSigns - 1)]);
+        EXPECT_EQ(Entries("[s]\n" + line + "\n"), ByThePatterns(line)) << line;
+    }
+}
+
+TEST_F(IniTest, ALongFileKeepsItsOrderAndTheLastValueOfEachKey) {
+    std::string content;
+    std::string expected;
+    for (int i = 0; i < 3000; ++i) {
+        const std::string number = std::to_string(i);
+        if (i % 100 == 0) {
+            content += "[section" + number + "]\n";
+            expected += (i == 0 ? "" : " | ") + std::string("section") + number;
+        }
+        content += "key" + number + " = first\n";
+        expected += " | section" + std::to_string(i / 100 * 100) + ":key" + number + "=last" + number;
+    }
+    for (int i = 0; i < 3000; ++i) {
+        const std::string number = std::to_string(i);
+        if (i % 100 == 0) content += "[SECTION" + number + "]\n";
+        content += "KEY" + number + " = last" + number + "\n";
+    }
+    EXPECT_EQ(Entries(content), expected);
 }
 
 TEST_F(IniTest, EmptyValues) {
