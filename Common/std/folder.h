@@ -67,4 +67,7 @@ class OpenedFolder {
     DIR* m_stream = nullptr;
 };
 
+/// Size in bytes of all files below a folder, links by their own size; 0 when it cannot be opened.
+long long FolderBytes(const std::string& path);
+
 }  // namespace krutein

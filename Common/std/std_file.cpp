@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 
 #include "Common/std/folder.h"
 #include "Common/std/format.h"
+#include "Common/std/read_file.h"
 #include "Common/std/std_objc.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_string.h"
@@ -26,11 +28,6 @@ struct CloseStream {
     void operator()(FILE* file) const { std::fclose(file); }
 };
 using Stream = std::unique_ptr<FILE, CloseStream>;
-
-struct FreeMemory {
-    void operator()(void* memory) const { std::free(memory); }
-};
-using Buffer = std::unique_ptr<char, FreeMemory>;
 
 Stream Open(const std::string& path, const char* mode) {
     return Stream(std::fopen(path.c_str(), mode));
@@ -88,23 +85,6 @@ bool List(const std::string& dir, Listing& listing, bool recursive) {
     return true;
 }
 
-/// The bytes of all files below a folder, without keeping their names.
-long long Measure(const std::string& dir) {
-    OpenedFolder folder;
-    if (!folder.Open(dir, true)) return 0;
-    FolderNames names;
-    folder.ReadAll(names);
-    long long total = 0;
-    for (const FolderNames::Entry& entry : names.Entries()) {
-        if (!entry.isFolder) total += folder.BytesOf(names.NameOf(entry));
-    }
-    folder.Close();
-    for (const FolderNames::Entry& entry : names.Entries()) {
-        if (entry.isFolder) total += Measure(dir + STD_PATH_GetDefaultSeparatorA() + names.NameOf(entry));
-    }
-    return total;
-}
-
 /// Copies until the end of the source or until a write takes less than it was given.
 void CopyBytes(FILE* source, FILE* destination) {
     char chunk[kCopyChunkBytes];
@@ -120,6 +100,27 @@ void RunCommand(const std::string& command) {
 }
 
 }  // namespace
+
+bool krutein::ReadFile(std::string path, FileContent& content,
+                       const std::function<void(const char* piece, std::size_t bytes)>& arrived) {
+    STD_PATH_FormatA(path);
+    const Stream file = Open(path, "rb");
+    if (file == nullptr) return false;
+    const long long length = LengthOf(file.get());
+    if (length <= 0 || length >= INT_MAX) return false;
+    const auto size = static_cast<std::size_t>(length);
+    content.bytes.reset(static_cast<char*>(std::malloc(size + 1)));
+    if (content.bytes == nullptr) return false;
+    for (content.size = 0; content.size < size;) {
+        char* const piece = content.bytes.get() + content.size;
+        const std::size_t bytes = std::min(size - content.size, kReadPieceBytes);
+        if (std::fread(piece, 1, bytes, file.get()) != bytes) return false;
+        if (arrived) arrived(piece, bytes);
+        content.size += bytes;
+    }
+    content.bytes.get()[size] = '\0';
+    return true;
+}
 
 FILE* STD_FILE_OpenA(std::string path, std::string mode) {
     return std::fopen(path.c_str(), mode.c_str());
@@ -178,7 +179,7 @@ bool STD_FILE_GetDirInfoW(std::wstring dir, std::vector<std::wstring>& /*files*/
 
 long long STD_FILE_GetDirSizeA(std::string dir) {
     STD_PATH_RemoveSlashA(dir);
-    return Measure(dir);
+    return krutein::FolderBytes(dir);
 }
 
 long long STD_FILE_GetDirSizeW(std::wstring /*dir*/) {
@@ -208,17 +209,10 @@ bool STD_FILE_IsDirEmptyW(std::wstring /*dir*/) {
 }
 
 char* STD_FILE_ReadBufA(std::string path, int* size) {
-    STD_PATH_FormatA(path);
-    const Stream file = Open(path, "rb");
-    if (file == nullptr) return nullptr;
-    const long long length = LengthOf(file.get());
-    if (length <= 0 || length >= INT_MAX) return nullptr;
-    const auto bytes = static_cast<std::size_t>(length);
-    Buffer buffer(static_cast<char*>(std::malloc(bytes + 1)));
-    if (buffer == nullptr || std::fread(buffer.get(), 1, bytes, file.get()) != bytes) return nullptr;
-    buffer.get()[bytes] = '\0';
-    if (size != nullptr) *size = static_cast<int>(length);
-    return buffer.release();
+    krutein::FileContent content;
+    if (!krutein::ReadFile(std::move(path), content, nullptr)) return nullptr;
+    if (size != nullptr) *size = static_cast<int>(content.size);
+    return content.bytes.release();
 }
 
 char* STD_FILE_ReadBufW(std::wstring /*path*/, int* /*size*/) {

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <iterator>
 #include <memory>
+#include <system_error>
+#include <utility>
 
+#include "Common/std/read_file.h"
 #include "Common/std/sha1.h"
-#include "Common/std/std_file.h"
 #include "Common/std/std_string.h"
 
 namespace {
@@ -41,6 +44,36 @@ std::string HexOf(const Digest& digest) {
     }
     return {hex, sizeof hex};
 }
+
+/// Hashes each piece of a file while the next one is read.
+class FileSum {
+ public:
+    void Add(const krutein::Sha1Piece& piece) {
+        AwaitPiece();
+        if (piece.length < krutein::kReadPieceBytes) {
+            m_sum.Add(piece);  // the last: nothing is read meanwhile
+            return;
+        }
+        try {
+            m_adding = std::async(std::launch::async, [this, piece] { m_sum.Add(piece); });
+        } catch (const std::system_error&) {
+            m_sum.Add(piece);  // no thread to be had
+        }
+    }
+
+    void Finish(Digest& digest) {
+        AwaitPiece();
+        m_sum.Finish(digest);
+    }
+
+ private:
+    void AwaitPiece() {
+        if (m_adding.valid()) m_adding.get();
+    }
+
+    krutein::Sha1Sum m_sum;
+    std::future<void> m_adding;
+};
 
 void HandOut(const Digest& digest, void** out, int* length) {
     if (out == nullptr) return;
@@ -88,11 +121,13 @@ std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const std::string& 
 }
 
 bool STD_FILE_CalcFileSha1A(std::string path, void*& digest, int& digestLength) {
-    int length = 0;
-    const std::unique_ptr<char, void (*)(void*)> content(STD_FILE_ReadBufA(std::move(path), &length),
-                                                         std::free);
-    if (content == nullptr) return false;
-    STD_FILE_CalcSha1A(content.get(), length, &digest, &digestLength);
+    krutein::FileContent content;
+    FileSum sum;  // behind the content, which it may still be reading when a failure ends this
+    const auto add = [&sum](const char* piece, std::size_t bytes) { sum.Add({piece, bytes}); };
+    if (!krutein::ReadFile(std::move(path), content, add)) return false;
+    Digest bytes;
+    sum.Finish(bytes);
+    HandOut(bytes, &digest, &digestLength);
     return true;
 }
 

@@ -4,14 +4,18 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <deque>
 #include <iterator>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "Common/log/Log.h"
 #include "Common/std/folder.h"
 #include "Common/std/platform.h"
+#include "Common/std/second_hand.h"
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_sha1.h"
@@ -57,8 +61,60 @@ std::string TextOf(const char* text) {
     return text == nullptr ? std::string() : std::string(text);
 }
 
-/// Deletes what is not needed in a folder and below it, in the order of a listing. Nothing outside is
-/// touched, whatever names and links there are and whatever becomes a link meanwhile.
+/// Names to be deleted in one folder, which stays open as long as it is needed.
+struct Doomed {
+    std::shared_ptr<const krutein::OpenedFolder> folder;  ///< null when it could not be opened again
+    std::shared_ptr<const krutein::FolderNames> names;
+    std::vector<const char*> files;  ///< in `names`
+    std::string path;                ///< of the folder
+};
+
+/// A name with a backslash is another path once it is normalised, perhaps that of a needed file, or one
+/// outside: such a file or folder stays.
+bool IsDeletable(const char* name) {
+    return std::strchr(name, '\\') == nullptr;
+}
+
+/// Deletes files, on two threads, since that is what pruning takes its time for.
+class Deletions {
+ public:
+    void Add(Doomed doomed) {
+        std::vector<std::string>& failed = m_failed.emplace_back();
+        if (doomed.files.size() < kFewFiles) {
+            failed = Delete(doomed);
+        } else {
+            m_work.Do([&failed, doomed = std::move(doomed)] { failed = Delete(doomed); });
+        }
+    }
+
+    /// Returns when all are deleted. \return the files that could not be, in the order in which they came.
+    std::vector<std::string> Finish() {
+        m_work.Finish();
+        std::vector<std::string> all;
+        for (std::vector<std::string>& failed : m_failed)
+            std::move(failed.begin(), failed.end(), std::back_inserter(all));
+        return all;
+    }
+
+ private:
+    /// Handing so few to another thread takes longer than deleting them.
+    static constexpr std::size_t kFewFiles = 16;
+
+    static std::vector<std::string> Delete(const Doomed& doomed) {
+        std::vector<std::string> failed;
+        for (const char* const name : doomed.files) {
+            if (doomed.folder == nullptr || !IsDeletable(name) || !doomed.folder->Remove(name))
+                failed.push_back(doomed.path + "/" + name);
+        }
+        return failed;
+    }
+
+    std::deque<std::vector<std::string>> m_failed;  ///< one for each call; none of them ever moves
+    krutein::SecondHand m_work;                     ///< last: its tasks use the others
+};
+
+/// Deletes what is not needed in a folder and below it, and decides on that in the order of a listing. Nothing
+/// outside is touched, whatever names and links there are and whatever becomes a link meanwhile.
 class Pruning {
  public:
     /// \param need  what is found is removed from it: each needed ID keeps one file, a second one goes.
@@ -69,6 +125,8 @@ class Pruning {
 
     void Prune() {
         if (m_root.Open(m_path, false)) Prune("");
+        for (const std::string& file : m_deletions.Finish())
+            KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!", file.c_str());
     }
 
     /// After Prune: removes the folders below that are empty, each before those in it.
@@ -85,44 +143,51 @@ class Pruning {
     }
 
  private:
+    using Folder = std::shared_ptr<krutein::OpenedFolder>;
+    using Names = std::shared_ptr<krutein::FolderNames>;
+
     /// \param below  the folder's path in the backup's.
     void Prune(const std::string& below) {
-        krutein::OpenedFolder folder;
-        if (!folder.OpenBelow(m_root, below)) return;
-        krutein::FolderNames names;
+        Folder folder = Open(below);
+        if (folder == nullptr) return;
         for (bool more = true; more;) {
-            names.Clear();
-            more = folder.Read(names, krutein::kNamesAtOnce);
+            const Names names = std::make_shared<krutein::FolderNames>();
+            more = folder->Read(*names, krutein::kNamesAtOnce);
             // The stream is closed while a folder in it is pruned: then it has to be read to its end.
-            if (names.HasFolder()) folder.ReadAll(names);
-            more = more && !names.HasFolder();
+            if (names->HasFolder()) folder->ReadAll(*names);
+            more = more && !names->HasFolder();
             PruneNames(below, folder, names);
         }
     }
 
-    void PruneNames(const std::string& below, krutein::OpenedFolder& folder,
-                    const krutein::FolderNames& names) {
-        const std::string prefix = below.empty() ? "" : below + "/";
-        for (const krutein::FolderNames::Entry& entry : names.Entries()) {
-            const char* const name = names.NameOf(entry);
-            if (entry.isFolder) {
-                folder.Close();  // meanwhile: a deep tree must not use up the descriptors
-                m_folders.push_back(prefix + name);
-                Prune(std::string(m_folders.back()));
-                continue;
-            }
-            if (IsKept(name)) continue;
-            const bool open = folder.IsOpen() || folder.OpenBelow(m_root, below);
-            if (!open || !IsDeletable(name) || !folder.Remove(name)) {
-                KRUTEIN_LOG("[Backup] DeleteNoNeedFile fail file=%s!",
-                            (m_path + "/" + prefix + name).c_str());
-            }
-        }
+    /// \return null when it cannot be opened.
+    Folder Open(const std::string& below) const {
+        Folder folder = std::make_shared<krutein::OpenedFolder>();
+        return folder->OpenBelow(m_root, below) ? folder : nullptr;
     }
 
-    /// A name with a backslash is another path once it is normalised, perhaps that of a needed file, or one
-    /// outside: such a file or folder stays.
-    static bool IsDeletable(const char* name) { return std::strchr(name, '\\') == nullptr; }
+    void PruneNames(const std::string& below, Folder& folder, const Names& names) {
+        const std::string path = below.empty() ? m_path : m_path + "/" + below;
+        std::vector<const char*> files;
+        const auto deleteThem = [&] {
+            if (files.empty()) return;
+            if (folder == nullptr) folder = Open(below);
+            m_deletions.Add({folder, names, std::exchange(files, {}), path});
+        };
+        for (const krutein::FolderNames::Entry& entry : names->Entries()) {
+            const char* const name = names->NameOf(entry);
+            if (entry.isFolder) {
+                deleteThem();
+                folder = nullptr;  // meanwhile: a deep tree must not use up the descriptors
+                m_folders.push_back(below.empty() ? name : below + "/" + name);
+                Prune(std::string(m_folders.back()));
+            } else if (!IsKept(name)) {
+                files.push_back(name);
+                if (files.size() == kFilesAtOnce) deleteThem();
+            }
+        }
+        deleteThem();
+    }
 
     bool IsKept(const char* name) {
         m_name = name;
@@ -136,6 +201,9 @@ class Pruning {
         return true;
     }
 
+    /// Of one folder, deleted by one thread in one go.
+    static constexpr std::size_t kFilesAtOnce = 500;
+
     std::string m_path;
     krutein::OpenedFolder m_root;  ///< open to the end: what its path leads to may change
     std::vector<std::string> m_folders;
@@ -143,6 +211,7 @@ class Pruning {
     /// Of hundreds of thousands of files each is looked up, which in the set itself would show.
     std::unordered_map<std::string_view, std::set<std::string>::iterator> m_index;
     std::string m_name;  ///< one buffer for all names
+    Deletions m_deletions;
 };
 
 struct FreeCatalogue {

@@ -234,6 +234,18 @@ TEST(DirSize, IsTheSumOfAllFiles) {
     EXPECT_EQ(STD_FILE_GetDirSizeW(L"/tmp"), 0);
 }
 
+TEST(DirSize, CountsEachOfManyFilesOnce) {
+    const TemporaryFolder folder;
+    long long bytes = 0;
+    for (int i = 0; i < 3000; ++i) {
+        const std::string content(static_cast<std::size_t>(i % 97), 'x');
+        folder.Write((i < 1500 ? "flat/" : "folder" + std::to_string(i % 60) + "/") + std::to_string(i),
+                     content);
+        bytes += i % 97;
+    }
+    EXPECT_EQ(STD_FILE_GetDirSizeA(folder.Path()), bytes);
+}
+
 TEST(DirSize, CountsBeyond4GiB) {
     const TemporaryFolder folder;
     SparseFile(folder, 5 * kGiB);

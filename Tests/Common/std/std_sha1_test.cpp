@@ -82,6 +82,20 @@ TEST(FileSha1, HashesTheWholeFile) {
     EXPECT_EQ(Hex(digest, length), kOfAbc);
 }
 
+TEST(FileSha1, OfLargeFilesIsThatOfTheirBytes) {
+    const TemporaryFolder folder;
+    constexpr std::size_t kMiB = std::size_t{1024} * 1024;
+    for (const std::size_t size : {8 * kMiB - 1, 8 * kMiB, 8 * kMiB + 1, 25 * kMiB}) {
+        std::string content(size, '\0');
+        for (std::size_t i = 0; i < size; ++i)
+            content[i] = static_cast<char>(i * 7 + i / kMiB);
+        void* digest = nullptr;
+        int length = 0;
+        ASSERT_TRUE(STD_FILE_CalcFileSha1A(folder.Write("large", content), digest, length)) << size;
+        EXPECT_EQ(Hex(digest, length), STD_FILE_CalcStringSha1A(content)) << size;
+    }
+}
+
 TEST(FileSha1, LeavesTheOutputsAloneWhenThereIsNothingToHash) {
     const TemporaryFolder folder;
     for (const std::string& path : {folder.Path("none"), folder.Write("empty"), folder.Path()}) {

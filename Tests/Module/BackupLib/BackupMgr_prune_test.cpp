@@ -3,14 +3,17 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
+#include "Common/std/std_file.h"
 #include "Module/BackupLib/BackupMgr.h"
 #include "Tests/Module/BackupLib/JobFixture.h"
 #include "Tests/support/LogRecorder.h"
 
 using testing::Contains;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -193,6 +196,48 @@ TEST_P(PruneTest, AFileThatCannotBeDeletedIsLoggedAndTheOthersGo) {
     EXPECT_THAT(RecordedTexts(), Contains("[Backup] DeleteNoNeedFile fail file=" + DeviceFolder() +
                                           "/a_name_with_a\\backslash_in_it_that_is_long!"));
     EXPECT_FALSE(Has(phone.photo));
+}
+
+TEST_P(PruneTest, OfThousandsOfFilesTheNeededOnesStayAndTheRestGoes) {
+    const PhoneContent phone(backup);
+    std::vector<std::string> needed = {phone.messages, phone.attachment};
+    for (int i = 0; i < 60; ++i)
+        needed.push_back(backup.Add("MediaDomain", "Library/SMS/Attachments/" + std::to_string(i)));
+    // In some folders of many files and many of few.
+    for (int i = 0; i < 2500; ++i) {
+        const std::string name = "a_file_that_nobody_needs_" + std::to_string(i);
+        backup.AddStray(i % 2 == 0 ? name : "folder" + std::to_string(i % 100) + "/" + name);
+    }
+    ToolMakes(backup);
+    EXPECT_EQ(Start(kSms), 0);
+    EXPECT_EQ(Files(), Expected(needed));
+    EXPECT_THAT(RecordedTexts(), Not(Contains(HasSubstr("DeleteNoNeedFile fail"))));
+}
+
+TEST_P(PruneTest, FilesThatCannotBeDeletedAreLoggedInTheOrderOfTheListing) {
+    const PhoneContent phone(backup);
+    const std::string many =
+        "for i in $(seq 1500); do touch $BACKUP/\"$d/a_name_with\\\\a_backslash_$i\"; done";
+    tool.CopyBackup(backup.Write(layout))
+        .Shell("mkdir $BACKUP/one $BACKUP/two; for d in one . two; do " + many + "; done")
+        .ExitMessage(0);
+    EXPECT_EQ(Start(kSms), 0);
+    std::vector<std::string> files;
+    std::vector<std::string> dirs;
+    long long bytes = 0;
+    ASSERT_TRUE(STD_FILE_GetDirInfoA(DeviceFolder(), files, dirs, bytes, true));
+    std::vector<std::string> expected;
+    for (const std::string& file : files) {
+        if (file.find('\\') != std::string::npos)
+            expected.push_back("[Backup] DeleteNoNeedFile fail file=" + file + "!");
+    }
+    std::vector<std::string> logged = RecordedTexts();
+    logged.erase(
+        std::remove_if(logged.begin(), logged.end(),
+                       [](const std::string& text) { return text.find("DeleteNoNeedFile") == text.npos; }),
+        logged.end());
+    EXPECT_EQ(expected.size(), 4500U);
+    EXPECT_EQ(logged, expected);
 }
 
 TEST_P(PruneTest, NamesWithBackslashesReachNoOtherFile) {
