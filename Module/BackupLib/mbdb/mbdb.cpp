@@ -2,11 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <future>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "Module/BackupLib/mbdb/mbdb_format.h"
 #include "Module/BackupLib/mbdb/record_codec.h"
@@ -16,7 +20,7 @@ namespace {
 using krutein::mbdb::kHeader;
 using krutein::mbdb::kHeaderBytes;
 
-constexpr std::size_t kSaveBufferBytes = std::size_t{256} * 1024;
+constexpr std::size_t kPieceBytes = std::size_t{1024} * 1024;
 
 struct CloseStream {
     void operator()(FILE* file) const { std::fclose(file); }
@@ -111,41 +115,70 @@ unsigned int LengthOf(FILE* file) {
     return length < 0 ? 0U : static_cast<unsigned int>(length);
 }
 
-/// Puts records one behind the other and writes them in large pieces.
+struct Piece {
+    Bytes bytes;
+    std::size_t capacity = 0;
+    std::size_t used = 0;
+
+    /// Makes room for so many bytes in an empty piece. \return false without memory.
+    bool Reserve(std::size_t count) {
+        if (count <= capacity) return true;
+        bytes = Allocate(count);
+        capacity = bytes == nullptr ? 0 : count;
+        return bytes != nullptr;
+    }
+};
+
+/// Puts records one behind the other and writes them in large pieces, each while the next one is filled: a
+/// million records lie scattered in memory, and collecting them takes as long as writing.
 class RecordWriter {
  public:
-    explicit RecordWriter(FILE* file) : m_file(file), m_buffer(Allocate(kSaveBufferBytes)) {}
-    ~RecordWriter() { Flush(); }
+    explicit RecordWriter(FILE* file) : m_file(file) {}
+    ~RecordWriter() {
+        AwaitWriting();
+        Write(m_filled);
+    }
     RecordWriter(const RecordWriter&) = delete;
     RecordWriter& operator=(const RecordWriter&) = delete;
 
-    bool HasMemory() const { return m_buffer != nullptr; }
-
-    bool Write(const mbdb_record_t& record) {
+    /// \return false without memory.
+    bool Put(const mbdb_record_t& record) {
         const std::size_t bytes = krutein::mbdb::EncodedBytes(record);
-        if (bytes > m_capacity - m_used) Flush();
-        if (bytes > m_capacity && !Grow(bytes)) return false;
-        krutein::mbdb::EncodeRecord(record, m_buffer.get() + m_used);
-        m_used += bytes;
+        if (bytes > m_filled.capacity - m_filled.used && !MakeRoom(bytes)) return false;
+        krutein::mbdb::EncodeRecord(record, m_filled.bytes.get() + m_filled.used);
+        m_filled.used += bytes;
         return true;
     }
 
  private:
-    void Flush() {
-        std::fwrite(m_buffer.get(), 1, m_used, m_file);
-        m_used = 0;
+    bool MakeRoom(std::size_t bytes) {
+        AwaitWriting();
+        std::swap(m_filled, m_written);
+        if (m_written.used > 0) StartWriting();
+        m_filled.used = 0;
+        return m_filled.Reserve(std::max(bytes, kPieceBytes));
     }
 
-    bool Grow(std::size_t bytes) {
-        m_buffer = Allocate(bytes);
-        m_capacity = m_buffer == nullptr ? 0 : bytes;
-        return m_buffer != nullptr;
+    void StartWriting() {
+        try {
+            m_writing = std::async(std::launch::async, [this] { Write(m_written); });
+        } catch (const std::exception&) {
+            Write(m_written);  // no thread to be had
+        }
+    }
+
+    void AwaitWriting() {
+        if (m_writing.valid()) m_writing.get();
+    }
+
+    void Write(const Piece& piece) {
+        if (piece.used > 0) std::fwrite(piece.bytes.get(), 1, piece.used, m_file);
     }
 
     FILE* m_file;
-    Bytes m_buffer;
-    std::size_t m_capacity = kSaveBufferBytes;
-    std::size_t m_used = 0;
+    Piece m_filled;   ///< being filled
+    Piece m_written;  ///< being written, or free
+    std::future<void> m_writing;
 };
 
 }  // namespace
@@ -217,9 +250,8 @@ bool mbdb_save(mbdb_t* mbdb, const char* path) {
     if (file == nullptr) return false;
     std::fwrite(mbdb->header, 1, kHeaderBytes, file.get());
     RecordWriter writer(file.get());
-    if (!writer.HasMemory()) return false;
     for (const mbdb_record_t* const record : mbdb->records) {
-        if (!writer.Write(*record)) return false;
+        if (!writer.Put(*record)) return false;
     }
     return true;
 }

@@ -222,6 +222,22 @@ TEST(MbdbOpen, FailsForWhatIsNoCatalogue) {
     EXPECT_EQ(mbdb_openw(L"/tmp"), nullptr);
 }
 
+TEST(MbdbSave, OfAnyLengthIsTheInput) {
+    const TemporaryFolder folder;
+    // Around the size in which it is written, with records up to the longest, and several times as much.
+    for (const std::size_t records : {15U, 16U, 17U, 100U}) {
+        std::vector<MbdbRecordBytes> all(records, FullRecord());
+        for (std::size_t i = 0; i < records; ++i) {
+            all[i].path = std::to_string(i) + std::string(65'000, 'p');
+            all[i].properties.assign(i % 16 == 7 ? 20 : 0, {"name", std::string(65'535, 'v')});
+        }
+        const std::string bytes = MbdbBytes(all);
+        const Mbdb mbdb = ParseMbdb(bytes);
+        ASSERT_EQ(mbdb->records.size(), records);
+        EXPECT_TRUE(Saved(mbdb.get(), folder) == bytes) << records;
+    }
+}
+
 TEST(MbdbSave, NeedsAHeader) {
     const TemporaryFolder folder;
     const Mbdb created(mbdb_create(), mbdb_free);
