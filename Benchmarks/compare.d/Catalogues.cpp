@@ -68,6 +68,7 @@ Comparison Open(int records) {
     comparison.name = "open a catalogue of " + std::to_string(records) + " records";
     comparison.against = "read, copy, same allocations";
     comparison.goal = 1.25;
+    comparison.items = records;
     comparison.prepare = [=] { MakeMbdb(CataloguePath(), records); };
     comparison.ours = [=] {
         return Timed([&] {
@@ -91,6 +92,7 @@ Comparison Save(int records) {
     comparison.name = "save it";
     comparison.against = "one buffered write";
     comparison.goal = 1.3;
+    comparison.items = records;
     comparison.prepare = [=] { MakeMbdb(CataloguePath(), records); };
     comparison.prepareRound = [=] { std::filesystem::remove(target); };
     comparison.ours = [=] {

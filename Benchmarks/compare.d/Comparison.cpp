@@ -18,7 +18,10 @@ Outcome Measure(const Comparison& comparison, int rounds) {
     std::vector<double> ratios;
     std::vector<double> ours;
     std::vector<double> theirs;
-    Outcome outcome{comparison.name, comparison.against, comparison.goal, 0, 0, 0, 0, 0, 0, 0};
+    Outcome outcome;
+    outcome.name = comparison.name;
+    outcome.against = comparison.against;
+    outcome.goal = comparison.goal;
     for (int round = 0; round < rounds; ++round) {
         comparison.prepareRound();
         // Who comes first changes, so that neither always has the warmer machine.
@@ -33,6 +36,7 @@ Outcome Measure(const Comparison& comparison, int rounds) {
         outcome.oursPeakKib = std::max(outcome.oursPeakKib, mine.peakKib);
         outcome.theirsPeakKib = std::max(outcome.theirsPeakKib, other.peakKib);
     }
+    comparison.finish();
     outcome.median = Median(ratios);
     outcome.least = *std::min_element(ratios.begin(), ratios.end());
     outcome.most = *std::max_element(ratios.begin(), ratios.end());
@@ -41,14 +45,28 @@ Outcome Measure(const Comparison& comparison, int rounds) {
     return outcome;
 }
 
+namespace {
+
+std::string GoalOf(const Outcome& outcome) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%.2f", outcome.goal);
+    return outcome.goal > 0 ? text : "-";
+}
+
+bool IsMet(const Outcome& outcome) {
+    return outcome.goal == 0 || outcome.median <= outcome.goal;
+}
+
+}  // namespace
+
 void PrintTable(const std::vector<Outcome>& outcomes) {
     std::printf("%-46s %-30s %6s %6s %15s %9s %9s %9s\n", "work", "against", "ratio", "goal", "range",
                 "ours s", "theirs s", "peak MiB");
     for (const Outcome& each : outcomes) {
-        std::printf("%-46s %-30s %6.2f %6.2f %7.2f-%-7.2f %9.3f %9.3f %9.1f%s\n", each.name.c_str(),
-                    each.against.c_str(), each.median, each.goal, each.least, each.most, each.oursSeconds,
-                    each.theirsSeconds, static_cast<double>(each.oursPeakKib) / 1024,
-                    each.median <= each.goal ? "" : "  MISSED");
+        std::printf("%-46s %-30s %6.2f %6s %7.2f-%-7.2f %9.4f %9.4f %9.1f%s\n", each.name.c_str(),
+                    each.against.c_str(), each.median, GoalOf(each).c_str(), each.least, each.most,
+                    each.oursSeconds, each.theirsSeconds, static_cast<double>(each.oursPeakKib) / 1024,
+                    IsMet(each) ? "" : "  MISSED");
     }
 }
 
@@ -60,7 +78,7 @@ void PrintJson(const std::vector<Outcome>& outcomes) {
             "\"met\": %s, \"ours_seconds\": %.6f, \"theirs_seconds\": %.6f, \"ours_peak_kib\": %ld, "
             "\"theirs_peak_kib\": %ld}\n",
             each.name.c_str(), each.against.c_str(), each.median, each.least, each.most, each.goal,
-            each.median <= each.goal ? "true" : "false", each.oursSeconds, each.theirsSeconds,
-            each.oursPeakKib, each.theirsPeakKib);
+            IsMet(each) ? "true" : "false", each.oursSeconds, each.theirsSeconds, each.oursPeakKib,
+            each.theirsPeakKib);
     }
 }

@@ -10,9 +10,11 @@
 struct Comparison {
     std::string name;
     std::string against;
-    double goal = 0;                             ///< the ratio that is wanted, or less
-    std::function<void()> prepare = [] {};       ///< once
+    double goal = 0;                        ///< the ratio that is wanted, or less; 0 when it is only told
+    int items = 0;                          ///< how many files, records and so on our work is about
+    std::function<void()> prepare = [] {};  ///< once
     std::function<void()> prepareRound = [] {};  ///< before each pair, not measured
+    std::function<void()> finish = [] {};        ///< after the last
     Work ours;
     Work theirs;
 };

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "Common/std/std_sha1.h"
+#include "Module/BackupLib/BackupMgr.h"
 
 namespace fs = std::filesystem;
 
@@ -55,6 +56,13 @@ void Check(int code, sqlite3* database) {
     if (code == SQLITE_OK || code == SQLITE_DONE) return;
     std::fprintf(stderr, "%s\n", sqlite3_errmsg(database));
     std::exit(1);
+}
+
+void Execute(const std::string& path, const std::string& statements) {
+    sqlite3* database = nullptr;
+    Check(sqlite3_open(path.c_str(), &database), database);
+    Check(sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr), database);
+    sqlite3_close(database);
 }
 
 void WriteFile(const std::string& path, const std::string& content) {
@@ -134,6 +142,16 @@ void MakeManifestDb(const std::string& path, int rows) {
     sqlite3_finalize(insert);
     Check(sqlite3_exec(database, "COMMIT", nullptr, nullptr, nullptr), database);
     sqlite3_close(database);
+}
+
+void MakeMessages(const std::string& backup) {
+    Execute(backup + "/Manifest.db",
+            "INSERT INTO Files VALUES ('" + kSMSFileID + "', 'HomeDomain', 'Library/SMS/sms.db', 1, NULL)");
+    const std::string folder = backup + "/" + kSMSFileID.substr(0, 2);
+    fs::create_directories(folder);
+    Execute(folder + "/" + kSMSFileID,
+            "CREATE TABLE message (a); INSERT INTO message VALUES (1);"
+            "CREATE TABLE chat_message_join (a); INSERT INTO chat_message_join VALUES (1)");
 }
 
 void Settle() {

@@ -24,5 +24,8 @@ void MakeMbdb(const std::string& path, int records);
 /// A Manifest.db of so many rows, with a blob of some 300 bytes in each.
 void MakeManifestDb(const std::string& path, int rows);
 
+/// Adds the messages' database, with rows in it, to a backup that has a Manifest.db.
+void MakeMessages(const std::string& backup);
+
 /// Writes what is still in memory to the disk, so that no side pays for the making.
 void Settle();

@@ -54,6 +54,7 @@ std::vector<Comparison> FileIdComparisons(const Scale& scale) {
     comparison.name = std::to_string(scale.ids) + " file IDs";
     comparison.against = "the bare hash";
     comparison.goal = 1.15;
+    comparison.items = scale.ids;
     comparison.ours = [count = scale.ids] { return OurIds(count); };
     comparison.theirs = [count = scale.ids] { return BareHash(count); };
     return {comparison};

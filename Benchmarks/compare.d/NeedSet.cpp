@@ -17,8 +17,13 @@ std::vector<Comparison> NeedSetComparisons(const Scale& scale) {
     comparison.name = "need set of " + std::to_string(scale.rows) + " rows";
     comparison.against = "sqlite3 shell, output dropped";
     comparison.goal = 0.8;
-    comparison.prepare = [=] { MakeManifestDb(manifest, scale.rows); };
+    comparison.items = scale.rows;
+    comparison.prepare = [=] {
+        fs::remove(manifest);
+        MakeManifestDb(manifest, scale.rows);
+    };
     comparison.prepareRound = [=] { fs::remove_all(jobs); };
+    comparison.finish = [=] { fs::remove(manifest); };
     comparison.ours = [=] {
         const std::string backup = RunSmallJob(jobs, false);
         fs::create_directories(backup);

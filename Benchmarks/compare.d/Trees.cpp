@@ -28,12 +28,14 @@ Comparison Prune(int files, bool old) {
     comparison.name = Words(old ? "prune, older layout," : "prune, newer layout,", files);
     comparison.against = "find -type f -delete";
     comparison.goal = old ? 0.9 : 0.75;
+    comparison.items = files;
     comparison.prepareRound = [=] {
         fs::remove_all(base);
         *messages = MakeTree(ours, files, old);
         MakeTree(theirs, files, old);
         Settle();
     };
+    comparison.finish = [=] { fs::remove_all(base); };
     comparison.ours = [=] {
         const std::string backup = RunSmallJob(base + "/job", old);
         fs::remove_all(backup);
@@ -53,12 +55,12 @@ Comparison FolderSize(int files) {
     comparison.name = Words("size of a folder of", files);
     comparison.against = "du -s --apparent-size";
     comparison.goal = 0.8;
+    comparison.items = files;
     comparison.prepare = [=] {
-        fs::remove_all(DataFolder() + "/prune-old");
-        fs::remove_all(DataFolder() + "/prune-new");
         MakeTree(tree, files, false);
         Settle();
     };
+    comparison.finish = [=] { fs::remove_all(tree); };
     comparison.ours = [=] {
         return Timed([&] {
             if (STD_FILE_GetDirSizeA(tree) != 1024LL * files) std::exit(1);

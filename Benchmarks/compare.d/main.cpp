@@ -5,6 +5,7 @@
 #include <string>
 
 #include "Benchmarks/compare.d/Comparisons.h"
+#include "Benchmarks/compare.d/Growth.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ constexpr int kQuickRounds = 3;
 struct Options {
     bool quick = false;
     bool json = false;
+    bool growth = false;
     std::string only;
 };
 
@@ -23,10 +25,12 @@ bool Parse(int count, char** words, Options& options) {
             options.quick = true;
         } else if (std::strcmp(words[i], "--json") == 0) {
             options.json = true;
+        } else if (std::strcmp(words[i], "--growth") == 0) {
+            options.growth = true;
         } else if (std::strcmp(words[i], "--only") == 0 && i + 1 < count) {
             options.only = words[++i];
         } else {
-            std::fprintf(stderr, "usage: compare [--quick] [--json] [--only TEXT]\n");
+            std::fprintf(stderr, "usage: compare [--quick | --growth] [--json] [--only TEXT]\n");
             return false;
         }
     }
@@ -35,18 +39,16 @@ bool Parse(int count, char** words, Options& options) {
 
 std::vector<Comparison> All(const Scale& scale) {
     std::vector<Comparison> all;
-    for (const auto& group : {TreeComparisons, CatalogueComparisons, FileIdComparisons, NeedSetComparisons}) {
+    for (const auto& group :
+         {TreeComparisons, CatalogueComparisons, FileIdComparisons, NeedSetComparisons, FileSumComparisons,
+          IniComparisons, MessageComparisons, JobComparisons, StartComparisons}) {
         for (Comparison& comparison : group(scale))
             all.push_back(std::move(comparison));
     }
     return all;
 }
 
-}  // namespace
-
-int main(int count, char** words) {
-    Options options;
-    if (!Parse(count, words, options)) return 2;
+void Compare(const Options& options) {
     std::vector<Outcome> outcomes;
     for (const Comparison& comparison : All(options.quick ? Scale::Quick() : Scale())) {
         if (comparison.name.find(options.only) == std::string::npos) continue;
@@ -57,6 +59,27 @@ int main(int count, char** words) {
         PrintJson(outcomes);
     } else {
         PrintTable(outcomes);
+    }
+}
+
+void Grow(const Options& options) {
+    const auto growth = MeasureGrowth([](int items) { return All(Scale::Of(items)); }, options.only);
+    if (options.json) {
+        PrintGrowthJson(growth);
+    } else {
+        PrintGrowth(growth);
+    }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+    Options options;
+    if (!Parse(count, words, options)) return 2;
+    if (options.growth) {
+        Grow(options);
+    } else {
+        Compare(options);
     }
     return 0;
 }
