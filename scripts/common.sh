@@ -7,10 +7,10 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 debian_packages=(
   g++ cmake ninja-build pkg-config
   libssl-dev libsqlite3-dev libplist-dev libimobiledevice-dev libspdlog-dev libfmt-dev libcli11-dev nlohmann-json3-dev
-  libgtest-dev libgmock-dev
+  libgtest-dev libgmock-dev libbenchmark-dev valgrind
   procps sqlite3
 )
-brew_packages=(cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest)
+brew_packages=(cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest google-benchmark)
 
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
