@@ -113,8 +113,8 @@ class Deletions {
     krutein::SecondHand m_work;                     ///< last: its tasks use the others
 };
 
-/// Deletes what is not needed in a folder and below it, and decides on that in the order of a listing. Nothing
-/// outside is touched, whatever names and links there are and whatever becomes a link meanwhile.
+/// Deletes what is not needed in a folder and below it, and decides on that in the order of a listing.
+/// Nothing outside is touched, whatever names and links there are and whatever becomes a link meanwhile.
 class Pruning {
  public:
     /// \param need  what is found is removed from it: each needed ID keeps one file, a second one goes.
