@@ -60,10 +60,10 @@ bool IsMet(const Outcome& outcome) {
 }  // namespace
 
 void PrintTable(const std::vector<Outcome>& outcomes) {
-    std::printf("%-46s %-30s %6s %6s %15s %9s %9s %9s\n", "work", "against", "ratio", "goal", "range",
+    std::printf("%-50s %-30s %6s %6s %15s %9s %9s %9s\n", "work", "against", "ratio", "goal", "range",
                 "ours s", "theirs s", "peak MiB");
     for (const Outcome& each : outcomes) {
-        std::printf("%-46s %-30s %6.2f %6s %7.2f-%-7.2f %9.4f %9.4f %9.1f%s\n", each.name.c_str(),
+        std::printf("%-50s %-30s %6.2f %6s %7.2f-%-7.2f %9.4f %9.4f %9.1f%s\n", each.name.c_str(),
                     each.against.c_str(), each.median, GoalOf(each).c_str(), each.least, each.most,
                     each.oursSeconds, each.theirsSeconds, static_cast<double>(each.oursPeakKib) / 1024,
                     IsMet(each) ? "" : "  MISSED");

@@ -37,5 +37,14 @@ std::vector<Comparison> NeedSetComparisons(const Scale& scale) {
         const std::string query = CConfigMgr::GetInstance()->GetSQL({"backup_SMS"});
         return RunProgram({"sqlite3", manifest, query});
     };
-    return {comparison};
+    Comparison limit;
+    limit.name = "  limit: SQLite reads the rows and compares no text";
+    limit.against = comparison.against;
+    limit.prepare = comparison.prepare;
+    limit.finish = comparison.finish;
+    limit.ours = [=] {
+        return RunProgram({"sqlite3", manifest, "SELECT fileID FROM Files WHERE flags = 9"});
+    };
+    limit.theirs = comparison.theirs;
+    return {comparison, limit};
 }
