@@ -1,7 +1,6 @@
-#include <openssl/evp.h>
-
 #include <cstdlib>
 
+#include "Benchmarks/compare.d/BareHash.h"
 #include "Benchmarks/compare.d/Comparisons.h"
 #include "Benchmarks/compare.d/Data.h"
 #include "Common/std/std_sha1.h"
@@ -15,22 +14,21 @@ std::vector<MadeFile> Files(int count) {
     return files;
 }
 
-/// The bare hash over the same texts, put together beforehand.
-double BareHash(int count) {
+std::vector<std::string> TextsOf(const std::vector<MadeFile>& files) {
     std::vector<std::string> texts;
-    for (const MadeFile& file : Files(count))
+    for (const MadeFile& file : files)
         texts.push_back(file.domain + "-" + file.path);
+    return texts;
+}
+
+/// The bare hash over the same texts, put together beforehand.
+double HashAlone(int count) {
+    const std::vector<std::string> texts = TextsOf(Files(count));
+    BareHash hash;
     unsigned sum = 0;
-    const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
-    EVP_MD_CTX* const context = EVP_MD_CTX_new();
     const double seconds = Timed([&] {
-        unsigned char digest[EVP_MAX_MD_SIZE];
-        for (const std::string& text : texts) {
-            EVP_DigestInit_ex(context, algorithm, nullptr);
-            EVP_DigestUpdate(context, text.data(), text.size());
-            EVP_DigestFinal_ex(context, digest, nullptr);
-            sum += digest[0];
-        }
+        for (const std::string& text : texts)
+            sum += hash.Of(text);
     });
     if (sum == 0) std::exit(1);
     return seconds;
@@ -38,27 +36,19 @@ double BareHash(int count) {
 
 /// What the function's signature asks for besides the hash: a text that comes by value, and one that goes
 /// out.
-__attribute__((noinline)) std::string TextsInAndOut(std::string domain, const unsigned char* digest) {
+__attribute__((noinline)) std::string TextsInAndOut(std::string domain, unsigned char digest) {
     domain.push_back('-');
-    return std::string(2 * 20, static_cast<char>('a' + digest[0] % 16));
+    return std::string(2 * 20, static_cast<char>('a' + digest % 16));
 }
 
 double HashAndTexts(int count) {
     const std::vector<MadeFile> files = Files(count);
-    std::vector<std::string> texts;
-    for (const MadeFile& file : files)
-        texts.push_back(file.domain + "-" + file.path);
-    const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
-    EVP_MD_CTX* const context = EVP_MD_CTX_new();
+    const std::vector<std::string> texts = TextsOf(files);
+    BareHash hash;
     std::size_t length = 0;
     const double seconds = Timed([&] {
-        unsigned char digest[EVP_MAX_MD_SIZE];
-        for (std::size_t i = 0; i < texts.size(); ++i) {
-            EVP_DigestInit_ex(context, algorithm, nullptr);
-            EVP_DigestUpdate(context, texts[i].data(), texts[i].size());
-            EVP_DigestFinal_ex(context, digest, nullptr);
-            length += TextsInAndOut(files[i].domain, digest).size();
-        }
+        for (std::size_t i = 0; i < texts.size(); ++i)
+            length += TextsInAndOut(files[i].domain, hash.Of(texts[i])).size();
     });
     if (length == 0) std::exit(1);
     return seconds;
@@ -84,9 +74,9 @@ std::vector<Comparison> FileIdComparisons(const Scale& scale) {
     comparison.goal = 1.15;
     comparison.items = scale.ids;
     comparison.ours = [count = scale.ids] { return OurIds(count); };
-    comparison.theirs = [count = scale.ids] { return BareHash(count); };
+    comparison.theirs = [count = scale.ids] { return HashAlone(count); };
     Comparison limit;
-    limit.name = "  limit: the hash, and the texts in and out";
+    limit.name = "  limit of file IDs: hash, texts in and out";
     limit.against = comparison.against;
     limit.ours = [count = scale.ids] { return HashAndTexts(count); };
     limit.theirs = comparison.theirs;

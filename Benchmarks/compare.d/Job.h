@@ -19,6 +19,9 @@ class BenchDevice : public IBaseDevice {
     bool m_old;
 };
 
+/// What the runner waits for after each run, whatever the tool did.
+constexpr double kFixedPauseSeconds = 0.2;
+
 /// Drops what is written to descriptor 2 meanwhile: the programs that the library calls to end tools say
 /// there what they did not find.
 class Quiet {

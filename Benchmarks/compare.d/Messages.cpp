@@ -14,9 +14,6 @@
 
 namespace {
 
-/// What the runner waits for after each run, whatever the tool did.
-constexpr double kFixedPauseSeconds = 0.2;
-
 class Counter : public CCallBack {
  public:
     int OnStateChange(CallBackType /*type*/, unsigned long long /*arg1*/, unsigned long long /*arg2*/,

@@ -38,7 +38,7 @@ std::vector<Comparison> NeedSetComparisons(const Scale& scale) {
         return RunProgram({"sqlite3", manifest, query});
     };
     Comparison limit;
-    limit.name = "  limit: SQLite reads the rows and compares no text";
+    limit.name = "  limit of the need set: no text compared";
     limit.against = comparison.against;
     limit.prepare = comparison.prepare;
     limit.finish = comparison.finish;

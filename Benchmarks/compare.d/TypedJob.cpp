@@ -19,9 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What the runner waits for after each run, whatever the tool did.
-constexpr double kFixedPauseSeconds = 0.2;
-
 /// A backup of so many files, with a catalogue and messages.
 void MakeBackup(const std::string& folder, int files) {
     MakeTree(folder, files, false);
