@@ -24,10 +24,16 @@ constexpr char kCopyName[] = "/copy";
 constexpr char kJournalMagic[] = "\xD9\xD5\x05\xF9\x20\xA1\x63\xD7";
 constexpr long kMagicBytes = sizeof kJournalMagic - 1;
 
-/// Steps of SQLite's machine between two looks whether a query has to end: less than a second, and what a
-/// catalogue of half a million files takes.
+/// Steps of SQLite's machine between two looks whether a query has to end: less than a second.
 constexpr int kStepsBetweenLooks = 10'000'000;
-constexpr int kMostLooks = 5;
+/// A query may take so many steps for each byte of the database, far more than comparing all texts of a row
+/// with all that is looked for, and some looks more. What takes longer has no end.
+constexpr long long kStepsPerByte = 20;
+constexpr long long kLeastLooks = 5;
+
+long long MostLooks(long long bytes) {
+    return kLeastLooks + bytes / (kStepsBetweenLooks / kStepsPerByte);
+}
 
 bool HasContent(const std::string& path) {
     struct stat info {};
@@ -51,6 +57,11 @@ bool IsUsable(const std::string& log) {
 bool IsFile(const std::string& path) {
     struct stat info {};
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+long long FileBytes(const std::string& path) {
+    struct stat info {};
+    return stat(path.c_str(), &info) == 0 ? static_cast<long long>(info.st_size) : 0;
 }
 
 /// False when the copy is not whole, as on a full disk.
@@ -105,14 +116,15 @@ bool Database::Open(const std::string& path) {
     const int access = copy.empty() ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const int flags = access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;  // one thread uses it
     if (sqlite3_open_v2(uri.c_str(), &m_handle, flags, nullptr) != SQLITE_OK) return false;
+    m_mostLooks = MostLooks(FileBytes(copy.empty() ? path : copy));
     sqlite3_progress_handler(m_handle, kStepsBetweenLooks, LookWhetherToEnd, this);
     sqlite3_exec(m_handle, "PRAGMA trusted_schema = OFF", nullptr, nullptr, nullptr);
     return true;
 }
 
 int Database::LookWhetherToEnd(void* database) {
-    const int looks = ++static_cast<Database*>(database)->m_looks;
-    return JobCancelled() || looks > kMostLooks ? 1 : 0;
+    auto* const self = static_cast<Database*>(database);
+    return JobCancelled() || ++self->m_looks > self->m_mostLooks ? 1 : 0;
 }
 
 /// Copies a database that has logs with content beside it into m_copyFolder, which stays "" without them.

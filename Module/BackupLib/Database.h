@@ -31,7 +31,8 @@ class Database {
     static int LookWhetherToEnd(void* database);
 
     sqlite3* m_handle = nullptr;
-    int m_looks = 0;  ///< of the query that runs
+    long long m_looks = 0;  ///< of the query that runs
+    long long m_mostLooks = 0;
     std::string m_copyFolder;
 
     friend class Query;

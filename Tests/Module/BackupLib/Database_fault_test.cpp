@@ -48,6 +48,20 @@ TEST_F(AppDatabase, WithoutEndHoldsNothing) {
          "SELECT n FROM row"}));
 }
 
+TEST_F(AppDatabase, OfManyRowsIsReadToItsEndHoweverMuchThereIsToDo) {
+    const std::string path = folder.Write(
+        "db", BackupBuilder::DatabaseContent(
+                  {"CREATE TABLE message (a)",
+                   "WITH RECURSIVE row(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM row WHERE n < 100000) "
+                   "INSERT INTO message SELECT n || ' and a text of the usual length for a path' FROM row"}));
+    std::string condition = "a = ''";
+    for (int i = 0; i < 300; ++i)
+        condition += " or a = '" + std::to_string(i) + "'";
+    // More than a hundred million steps; the last row alone is found.
+    EXPECT_TRUE(manager.CheckDataBaseHasRecord(
+        path, "select count(*) from message where " + condition + " or a like '100000 %'"));
+}
+
 TEST_F(AppDatabase, ThatIsAPipeHoldsNothing) {
     ASSERT_EQ(mkfifo(folder.Path("db").c_str(), 0600), 0);
     EXPECT_FALSE(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount));
