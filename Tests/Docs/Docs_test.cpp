@@ -5,6 +5,9 @@
 
 #include <fmt/format.h>
 #include <filesystem>
+#include <regex>
+#include <set>
+#include <sstream>
 
 #include "Host/kruteinctl/ExitCode.h"
 #include "Tests/support/ChildProcess.h"
@@ -13,6 +16,61 @@
 using testing::HasSubstr;
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// "Suite.Name" of every test in the sources.
+std::set<std::string> AllTests() {
+    static const std::regex test(R"(\nTEST(?:_F|_P)?\((\w+),\s*(\w+)\))");
+    std::set<std::string> tests;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(TESTS_FOLDER)) {
+        if (entry.path().extension() != ".cpp") continue;
+        const std::string text = ReadWholeFile(entry.path().string());
+        for (std::sregex_iterator at(text.begin(), text.end(), test), end; at != end; ++at)
+            tests.insert((*at)[1].str() + "." + (*at)[2].str());
+    }
+    return tests;
+}
+
+/// The tests that the last cell of a table's row names.
+std::vector<std::string> TestsOf(const std::string& row) {
+    static const std::regex name("`(\\w+\\.\\w+)`");
+    const std::string cell = row.substr(row.rfind('|', row.size() - 2));
+    std::vector<std::string> tests;
+    for (std::sregex_iterator at(cell.begin(), cell.end(), name), end; at != end; ++at)
+        tests.push_back((*at)[1]);
+    return tests;
+}
+
+/// Checks the tables whose heading ends with "| Test |". \return the number of their rows.
+int CheckNamedTests(const std::string& document) {
+    const std::set<std::string> all = AllTests();
+    std::istringstream lines(ReadWholeFile(DOCS_FOLDER "/" + document));
+    bool inTable = false;
+    int rows = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const bool isRow = !line.empty() && line.front() == '|';
+        if (isRow && inTable && line.rfind("|---", 0) != 0) {
+            const std::vector<std::string> tests = TestsOf(line);
+            EXPECT_FALSE(tests.empty()) << "no test is named: " << line;
+            for (const std::string& test : tests)
+                EXPECT_EQ(all.count(test), 1U) << test << " is no test: " << line;
+            ++rows;
+        }
+        inTable = isRow && (inTable || line.find("| Test |") != std::string::npos);
+    }
+    return rows;
+}
+
+}  // namespace
+
+TEST(Docs, FaultsNamesTestsThatExist) {
+    EXPECT_GE(CheckNamedTests("faults.md"), 45);
+}
+
+TEST(Docs, SecurityNamesTestsThatExist) {
+    EXPECT_GE(CheckNamedTests("security.md"), 20);
+}
 
 TEST(Readme, ItsHostBacksUp) {
     const TemporaryFolder folder;

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#if __has_include(<sys/prctl.h>)
+#include <sys/prctl.h>
+#endif
+
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -45,6 +49,10 @@ void SimulatedDevices::Start(const std::vector<std::string>& faults) {
     Command command({DEVICESIM, "--socket", Socket(), "--devices", m_folder.Path("devices")});
     for (const std::string& fault : faults)
         command.words.insert(command.words.end(), {"--fault", fault});
+#if __has_include(<sys/prctl.h>)
+    // A test that is killed must not leave its daemon behind.
+    command.prepare = [] { prctl(PR_SET_PDEATHSIG, SIGTERM); };
+#endif
     m_process = std::make_unique<ChildProcess>(command);
     EXPECT_TRUE(m_process->AwaitOutput("ready: ")) << m_process->Errors();
     setenv(kAddressVariable, Address().c_str(), 1);

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -27,6 +29,27 @@ TEST(Devicesim, StopsAtEitherSignalAndRemovesItsSocket) {
         EXPECT_EQ(ReadToEnd(*silent), "");
     }
 }
+
+#if __has_include(<sys/prctl.h>)
+TEST(Devicesim, EndsWithTheTestThatIsKilled) {
+    const TemporaryFolder folder;
+    const pid_t test = fork();
+    if (test == 0) {
+        SimulatedDevices devices;
+        devices.Plug("abc-1").Start();
+        folder.Write("socket", devices.Socket());
+        kill(getpid(), SIGKILL);
+    }
+    int status = 0;
+    waitpid(test, &status, 0);
+    ASSERT_EQ(WTERMSIG(status), SIGKILL);
+    const std::string socket = folder.Read("socket");
+    for (int i = 0; i < 1000 && std::filesystem::exists(socket); ++i)
+        usleep(10000);
+    EXPECT_FALSE(std::filesystem::exists(socket)) << "it would take it away at its end";
+    std::filesystem::remove_all(std::filesystem::path(socket).parent_path());
+}
+#endif
 
 TEST(Devicesim, LooksAgainWhenItIsTold) {
     SimulatedDevices devices;
