@@ -137,7 +137,7 @@ TEST_F(FacadeFaultTest, AToolThatGoesWrongIsToldAndTakesNothingWithIt) {
 
 TEST_F(FacadeFaultTest, ADestinationThatVanishesLeavesTheOthers) {
     folder.Write("other/the-device/Manifest.db", "an earlier one");
-    tool.MakeBackup().Shell("rm -rf $JOB/..").ExitMessage(0);
+    tool.MakeBackup().Shell("rm -rf $(dirname $JOB)").ExitMessage(0);
     RecordingSyncCallBack host;
     facade->StartBackup("the-device", (folder.Path("gone") + "/").c_str(), &host);
     ASSERT_TRUE(host.Await(3));
