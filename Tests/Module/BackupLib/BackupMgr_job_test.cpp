@@ -342,18 +342,3 @@ TEST_F(ManagerTest, StopsFromManyThreadsAreHarmless) {
     fresh.ExitMessage(0);
     EXPECT_EQ(Start(0), 0);
 }
-
-TEST_F(ManagerTest, StopsAtAnyMomentEndInOneOfTwoWays) {
-    BackupBuilder backup;
-    const PhoneContent phone(backup);
-    tool.CopyBackup(backup.Write(Layout::kNew)).Sleep(50).ExitMessage(0);
-    for (int delay = 0; delay <= 900; delay += 100) {
-        std::future<int> job = std::async(std::launch::async, [this] { return Start(8); });
-        usleep(static_cast<useconds_t>(delay) * 1000);
-        manager.StopBackup();
-        const int code = job.get();
-        EXPECT_TRUE(code == 0 || code == 1018) << code << " after " << delay << " ms";
-        EXPECT_FALSE(manager.IsCancle());
-        fs::remove_all(destination.Path("Velmora_SMS_Backup"));
-    }
-}

@@ -1,4 +1,4 @@
-// App databases that are meant to do harm, looked into without a job.
+// App databases that are meant to do harm, and other files of a job, without one.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,6 +7,7 @@
 
 #include "Module/BackupLib/BackupMgr.h"
 #include "Tests/support/BackupBuilder.h"
+#include "Tests/support/FullDisk.h"
 
 namespace {
 
@@ -76,4 +77,23 @@ TEST_F(AppDatabase, CutAnywhereHoldsWhatCanBeReadOrNothing) {
         EXPECT_EQ(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount), secondPageBegan) << length;
         EXPECT_EQ(folder.Read("db"), whole.substr(0, length));
     }
+}
+
+TEST_F(AppDatabase, WhoseLogCannotBeCopiedHoldsNothing) {
+    folder.Write(
+        "db", BackupBuilder::DatabaseContent({"CREATE TABLE message (a)", "INSERT INTO message VALUES (1)"}));
+    folder.Write("db-wal", "a log of some kind");
+    setenv("TMPDIR", "/nonexistent", 1);
+    EXPECT_FALSE(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount));
+    unsetenv("TMPDIR");
+}
+
+TEST(HashCacheFault, AFullDiskCutsTheFileAndIsNotNoticed) {
+    const TemporaryFolder folder;
+    std::map<std::string, ST_DB_FILE_INFO> entries = {{"a", {"a", "HomeDomain", "Library/SMS/sms.db", 0}}};
+    {
+        const FullDisk full(10);
+        EXPECT_TRUE(CBackupMgr::GetInstance()->SaveIOS9HashCache(folder.Path("cache"), entries));
+    }
+    EXPECT_EQ(folder.Read("cache").size(), 10U) << "without its end mark";
 }
