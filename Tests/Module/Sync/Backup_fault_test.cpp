@@ -51,7 +51,7 @@ const std::vector<ToolFault>& ToolFaults() {
 std::map<std::string, std::string> ContentsOf(const std::string& folder) {
     std::map<std::string, std::string> contents;
     for (const std::string& name : FilesBelow(folder))
-        contents[name] = ReadWholeFile(folder + "/" + name);
+        contents[name] = ReadWholeFile(fs::path(folder) / name);
     return contents;
 }
 
@@ -107,7 +107,7 @@ TEST_F(FacadeFaultTest, AToolThatGoesWrongIsToldAndTakesNothingWithIt) {
         tool.For(device);
         for (const std::string& step : fault.steps)
             tool.Step(step);
-        folder.Write(device + "/" + device + "/Manifest.db", "an earlier one");
+        folder.Write(fs::path(device) / device / "Manifest.db", "an earlier one");
         facade->StartBackup(fault.device, (folder.Path(device) + "/").c_str(), &hosts[device]);
     }
     for (const ToolFault& fault : ToolFaults()) {
@@ -122,8 +122,8 @@ TEST_F(FacadeFaultTest, AToolThatGoesWrongIsToldAndTakesNothingWithIt) {
         EXPECT_EQ(ReadWholeFile(mine + device + "/Manifest.db"), "an earlier one");
         const bool toolMadeOne = fault.steps[0] == "make-backup";
         if (toolMadeOne) {
-            const std::string left = fault.code == 0 ? end.text : mine + "temp/" + device;
-            EXPECT_EQ(ReadWholeFile(left + "/Manifest.db"), "made by a script") << "it stays where it is";
+            const fs::path left = fault.code == 0 ? fs::path(end.text) : fs::path(mine) / "temp" / device;
+            EXPECT_EQ(ReadWholeFile(left / "Manifest.db"), "made by a script") << "it stays where it is";
         }
     }
     EXPECT_EQ(AwaitResources(before), before);

@@ -33,6 +33,7 @@ int Steps() {
 /// The moments of a sweep, evenly from the beginning to the end of so many milliseconds.
 std::vector<std::chrono::microseconds> Moments(int milliseconds) {
     std::vector<std::chrono::microseconds> moments;
+    moments.reserve(static_cast<std::size_t>(Steps()));
     for (int i = 0; i < Steps(); ++i)
         moments.emplace_back(1000LL * milliseconds * i / (Steps() - 1));
     return moments;
@@ -67,6 +68,7 @@ class RaceTest : public JobTest {
 template <typename Function>
 void InThreads(int count, Function function) {
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<std::size_t>(count));
     std::atomic<int> waiting{count};
     for (int i = 0; i < count; ++i) {
         threads.emplace_back([&] {
