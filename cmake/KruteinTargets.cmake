@@ -4,16 +4,34 @@ include_guard(GLOBAL)
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 
+# The oldest macOS that the library runs on, and what is linked into a host with it. All else uses the whole
+# standard library, which came with 10.15.
+set(KRUTEIN_LIBRARY_MACOS 10.9)
+set(KRUTEIN_PROGRAM_MACOS 10.15)
+
 # Language, warnings, sanitizers and the include root. Log lines and messages carry source files as paths from
 # the project's root, whatever folder the project was built in.
+#   LIBRARY  for what must run on the library's oldest macOS
 function(krutein_target_defaults target)
+  cmake_parse_arguments(arg "LIBRARY" "" "" ${ARGN})
+  foreach(language CXX OBJCXX)
+    set_target_properties(${target} PROPERTIES
+      ${language}_STANDARD 17
+      ${language}_STANDARD_REQUIRED ON
+      ${language}_EXTENSIONS OFF
+      ${language}_VISIBILITY_PRESET hidden)
+  endforeach()
   set_target_properties(${target} PROPERTIES
-    CXX_STANDARD 17
-    CXX_STANDARD_REQUIRED ON
-    CXX_EXTENSIONS OFF
-    CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
+  if(APPLE)
+    set(oldest ${KRUTEIN_PROGRAM_MACOS})
+    if(arg_LIBRARY)
+      set(oldest ${KRUTEIN_LIBRARY_MACOS})
+    endif()
+    target_compile_options(${target} PRIVATE -mmacosx-version-min=${oldest})
+    target_link_options(${target} PRIVATE -mmacosx-version-min=${oldest})
+  endif()
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wshadow -Wconversion

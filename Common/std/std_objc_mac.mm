@@ -108,9 +108,11 @@ bool STD_OBJC_ProcessExist(std::string name) {
 
 bool STD_OBJC_CreateProcess(std::string launchPath, std::string argument) {
     @autoreleasepool {
+        NSString* const program = TextOf(launchPath);
+        NSString* const word = TextOf(argument);
+        if (program == nil || word == nil) return false;  // no UTF-8
         @try {
-            [NSTask launchedTaskWithLaunchPath:TextOf(launchPath)
-                                     arguments:[NSArray arrayWithObject:TextOf(argument)]];
+            [NSTask launchedTaskWithLaunchPath:program arguments:[NSArray arrayWithObject:word]];
             return true;
         } @catch (NSException*) {  // no such program
             return false;
@@ -133,9 +135,9 @@ bool STD_OBJC_FILE_CopyFile(const char* source, const char* target) {
         if (from == nil || to == nil) return false;
         if ([files fileExistsAtPath:from]) {
             if (krutein::RemovingWouldTake(target, source)) return false;
-            [files removeItemAtPath:to error:nil];
+            [files removeItemAtPath:to error:nullptr];
         }
-        return [files copyItemAtPath:from toPath:to error:nil];
+        return [files copyItemAtPath:from toPath:to error:nullptr];
     }
 }
 
