@@ -9,6 +9,8 @@ debian_packages=(
   libssl-dev libsqlite3-dev libplist-dev libimobiledevice-dev libspdlog-dev libfmt-dev libcli11-dev nlohmann-json3-dev
   libgtest-dev libgmock-dev libbenchmark-dev valgrind
   procps sqlite3
+  clang libgnustep-base-dev libblocksruntime-dev  # the macOS sources are tested with them
+  doxygen
 )
 brew_packages=(cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest google-benchmark)
 

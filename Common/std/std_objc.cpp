@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,6 +56,17 @@ std::string RealPath(const std::string& path) {
     return result;
 }
 
+/// "" for the root.
+std::string FolderAround(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos || path == "/") return {};
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool IsSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 void KillInBackground(void* context) {
     const std::string command = STD_FormatA("kill %d", static_cast<int>(PidOf(context)));
     for (int attempt = 0; attempt < kKillAttempts; ++attempt) {
@@ -92,11 +104,16 @@ void ReapInBackground(pid_t child) {
 }
 
 bool RemovingWouldTake(const std::string& target, const std::string& source) {
-    const std::string realTarget = RealPath(target);
-    const std::string realSource = RealPath(source);
-    if (realTarget.empty() || realSource.compare(0, realTarget.size(), realTarget) != 0) return false;
-    return realSource.size() == realTarget.size() || realTarget == "/" ||
-           realSource[realTarget.size()] == '/';
+    struct stat removed {};
+    struct stat seen {};
+    if (stat(target.c_str(), &removed) != 0) return false;
+    // Not by the text of the paths: on some file systems a folder answers to names in either case.
+    for (std::string path = RealPath(source); !path.empty(); path = FolderAround(path)) {
+        if (stat(path.c_str(), &seen) != 0 || !IsSameFile(seen, removed)) continue;
+        // A file may have several names in its own right, and only one of them would go.
+        if (S_ISDIR(seen.st_mode) || seen.st_nlink == 1 || RealPath(target) == path) return true;
+    }
+    return false;
 }
 
 }  // namespace krutein

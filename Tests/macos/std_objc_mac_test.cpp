@@ -26,7 +26,9 @@ struct ProcessTable : testing::Test {
     ProcessTable() { g_processTableFaults = {}; }
     ~ProcessTable() override { g_processTableFaults = {}; }
 
-    static std::string ThisProgram() { return fs::path(STD_OBJC_GetCurrentAppPath()).filename().string().substr(0, 16); }
+    static std::string ThisProgram() {
+        return fs::path(STD_OBJC_GetCurrentAppPath()).filename().string().substr(0, 16);
+    }
 };
 
 }  // namespace
@@ -80,7 +82,8 @@ TEST(MacFileCopy, APathThatIsNoTextIsRefused) {
 TEST(MacSystemVersion, IsTheSystemsTextAndName) {
     utsname system{};
     uname(&system);
-    EXPECT_EQ(GetOSXVersion(), std::string(system.release) + "GSGNULinuxOperatingSystem") << "what GNUstep says";
+    EXPECT_EQ(GetOSXVersion(), std::string(system.release) + "GSGNULinuxOperatingSystem")
+        << "what GNUstep says";
 }
 
 TEST(MacFoundation, EveryCallHasItsPool) {
@@ -93,6 +96,7 @@ TEST(MacFoundation, EveryCallHasItsPool) {
         STD_OBJC_CreateProcess(folder.Path("none"), "x");
         STD_OBJC_FILE_CopyFile(folder.Path("a").c_str(), folder.Path("b").c_str());
         GetOSXVersion();
-    }).join();
+    })
+        .join();
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::Not(HasSubstr("pool"))) << "nothing leaks";
 }

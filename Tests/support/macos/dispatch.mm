@@ -32,7 +32,8 @@ extern "C" void dispatch_async(dispatch_queue_t /*queue*/, Block block) {
     pthread_attr_setdetachstate(&detached, PTHREAD_CREATE_DETACHED);
     pthread_t thread{};
     pthread_sigmask(SIG_SETMASK, &all, &before);  // a thread inherits its maker's mask
-    if (pthread_create(&thread, &detached, Run, reinterpret_cast<void*>(Block_copy(block))) != 0) std::abort();
+    if (pthread_create(&thread, &detached, Run, reinterpret_cast<void*>(Block_copy(block))) != 0)
+        std::abort();
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     pthread_attr_destroy(&detached);
 }

@@ -2,7 +2,8 @@
 
 /// As much of libdispatch as the system services use: the global queue, in dispatch.cpp on plain threads.
 
-typedef struct dispatch_queue_s* dispatch_queue_t;  // NOLINT(modernize-use-using): as the system's header has it
+typedef struct dispatch_queue_s*
+    dispatch_queue_t;  // NOLINT(modernize-use-using): as the system's header has it
 
 extern "C" {
 

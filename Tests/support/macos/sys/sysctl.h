@@ -4,8 +4,8 @@
 
 #include <cstddef>
 
-/// The process table of macOS as its sysctl gives it, filled from /proc. Sizes and offsets are those of 64-bit
-/// macOS; what nobody here reads has no names.
+/// The process table of macOS as its sysctl gives it, filled from /proc. Sizes and offsets are those of
+/// 64-bit macOS; what nobody here reads has no names.
 
 #define CTL_KERN 1
 #define KERN_PROC 14
@@ -31,7 +31,8 @@ static_assert(sizeof(extern_proc) == 296 && sizeof(kinfo_proc) == 648);
 /// KERN_PROC_ALL only. Without a buffer it tells the bytes that are needed; one that is too small takes what
 /// fits and is refused with ENOMEM.
 #define sysctl krutein_sysctl  // the C library still has a dead one of that name
-extern "C" int sysctl(int* name, unsigned names, void* old, std::size_t* oldBytes, void* fresh, std::size_t freshBytes);
+extern "C" int sysctl(int* name, unsigned names, void* old, std::size_t* oldBytes, void* fresh,
+                      std::size_t freshBytes);
 
 /// What the kernel does to those who ask for its process table.
 struct ProcessTableFaults {
