@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The macros that declarations of the public headers bear.
+
 /// Marks what the shared library exports. Everything else is built with hidden visibility.
 #define KRUTEIN_API __attribute__((visibility("default")))
 

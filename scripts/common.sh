@@ -12,7 +12,10 @@ debian_packages=(
   clang libgnustep-base-dev libblocksruntime-dev  # the macOS sources are tested with them
   doxygen
 )
-brew_packages=(cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest google-benchmark)
+brew_packages=(
+  cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest
+  google-benchmark doxygen
+)
 
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then

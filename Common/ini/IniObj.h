@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// INI files as an object.
+
 #include <cstdio>
 #include <string>
 
@@ -8,8 +11,8 @@
 
 /// One line of a section.
 struct ST_INI_KEY_VALUE {
-    std::string key;  ///< without the section
-    std::string value;
+    std::string key;    ///< without the section
+    std::string value;  ///< as it stands in the file, without quotes
 };
 
 /// Writes the dictionary as an INI file: sections sorted by name, keys in the order of their slots. Sections
@@ -47,9 +50,11 @@ class KRUTEIN_API CIniObj {
     /// The value as a number: 0x for hexadecimal, a leading 0 for octal.
     int getIni_int(std::string section, std::string key, int def);
 
+    /// \{
     /// Stores a value. \return false when nothing is loaded or the section is empty.
     bool setIni_string(std::string section, std::string key, std::string value);
     bool setIni_int(std::string section, std::string key, int value);
+    /// \}
 
  private:
     bool keyOf(const std::string& section, const std::string& key, std::string& out);

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The dictionary behind the INI functions.
+
 #include <cstddef>
 #include <cstdio>
 

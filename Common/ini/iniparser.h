@@ -5,6 +5,7 @@
 #include "Common/Export.h"
 #include "Common/ini/dictionary.h"
 
+/// \file
 /// Reading INI files into a dictionary, and what is asked of it.
 ///
 /// A section is an entry whose key is the section's name and which has no value; a value has the key
@@ -40,9 +41,11 @@ KRUTEIN_API const char* iniparser_getstring(const dictionary* d, const char* key
 
 /// The value as a number (0x for hexadecimal, a leading 0 for octal); `notfound` when there is none.
 KRUTEIN_API long iniparser_getlongint(const dictionary* d, const char* key, long notfound);
+/// \{
 /// The same cut to an int.
 KRUTEIN_API int iniparser_getint(const dictionary* d, const char* key, int notfound);
 KRUTEIN_API double iniparser_getdouble(const dictionary* d, const char* key, double notfound);
+/// \}
 
 /// By the value's first character: 1 for 1, t and y, 0 for 0, f and n, in any case; `notfound` for anything
 /// else.
@@ -64,6 +67,7 @@ KRUTEIN_API int iniparser_patch_2017_10_13(char* line);
 /// the file cannot be opened or any line is no INI syntax.
 KRUTEIN_API dictionary* iniparser_load(const char* path);
 
+/// Frees a dictionary with its keys and values; null is ignored.
 KRUTEIN_API void iniparser_freedict(dictionary* d);
 
 /// Prints all entries, "[key]=[value]" or "[key]=UNDEF".

@@ -2,6 +2,7 @@
 
 #include "Common/Export.h"
 
+/// \file
 /// The host's logging contract. The library writes its log through these two functions only; they live in a
 /// shared library of their own, which a host replaces by its own one (CMake option KRUTEIN_LOG_LIBRARY).
 ///

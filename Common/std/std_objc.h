@@ -4,6 +4,7 @@
 
 #include "Common/Export.h"
 
+/// \file
 /// System services. All functions may be called from any thread.
 
 /// The full path of the host's executable; "" when the system does not tell.
@@ -16,8 +17,8 @@ KRUTEIN_API std::string STD_OBJC_GetCurrentAppPath();
 ///
 /// \param commandLine  UTF-8 text for the shell; null is refused.
 /// \param pid          receives the child's id; may be null.
-/// \param wait         true blocks until the child has ended. Otherwise the child is the caller's to wait
-/// for. \param status       receives the raw wait status (as of waitpid), 0 when not waited for; may be null.
+/// \param wait         true blocks until the child has ended; else waiting for it is up to the caller.
+/// \param status       receives the raw wait status (as of waitpid), 0 when not waited for; may be null.
 /// \return 0 when a child was started, -1 for a null command line, -2 when no process could be made. With -1
 ///         and -2 nothing is written to `pid` and `status`. How the command itself ended is in `status` only.
 KRUTEIN_API int STD_OBJC_System(const char* commandLine, int* pid, bool wait, int* status);

@@ -5,6 +5,7 @@
 
 #include "Common/Export.h"
 
+/// \file
 /// Processes. All functions may be called from any thread.
 
 /// Sleeps, also through interrupting signals. A time below 1 returns at once. \return 0.
@@ -28,6 +29,7 @@ KRUTEIN_API bool ps_createProcess(std::string commandLine, int* pid, bool wait);
 /// True when a process of this name runs (see STD_OBJC_ProcessExist); false for a null or empty name.
 KRUTEIN_API bool ps_ExistProcess(const char* name);
 
+/// \{
 /// Entry points that do nothing here. ps_getAllProcessID empties the list and is true; the others answer null
 /// or false and leave their outputs as they are.
 KRUTEIN_API bool ps_getAllProcessID(std::vector<int>& ids);
@@ -39,3 +41,4 @@ KRUTEIN_API bool ps_getEnv(std::string name, std::string& value);
 KRUTEIN_API bool ps_addEnv(std::string name, std::string value);
 KRUTEIN_API bool ps_killProcessWhenPathInFolder(std::vector<std::string>& paths,
                                                 std::vector<std::string>& folders);
+/// \}

@@ -4,9 +4,11 @@
 
 #include "Common/Export.h"
 
+/// \file
 /// SHA-1 digests and the names of files inside a device backup. Hex forms are 40 lower-case characters. All
 /// functions may be called from any thread.
 
+/// \{
 /// Hashes `length` bytes; a length below 1 or null data counts as no bytes.
 /// \param digest        receives a new array of 20 bytes, which the caller releases with delete[] (as
 ///                      unsigned char*); may be null.
@@ -16,6 +18,7 @@ KRUTEIN_API std::string STD_FILE_CalcSha1A(const void* data, int length, void** 
                                            int* digestLength = nullptr);
 KRUTEIN_API std::wstring STD_FILE_CalcSha1W(const void* data, int length, void** digest = nullptr,
                                             int* digestLength = nullptr);
+/// \}
 
 /// The hex form of the text's bytes.
 KRUTEIN_API std::string STD_FILE_CalcStringSha1A(const std::string& text);
@@ -23,6 +26,7 @@ KRUTEIN_API std::string STD_FILE_CalcStringSha1A(const std::string& text);
 /// The file ID of a file in a backup: the hex form of domain, "-" and relative path, as they are.
 KRUTEIN_API std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const std::string& relativePath);
 
+/// \{
 /// Hashes a whole file, which is held in memory meanwhile.
 /// \param digest        receives a new array of 20 bytes, released with delete[] (as unsigned char*).
 /// \param digestLength  receives 20.
@@ -30,3 +34,4 @@ KRUTEIN_API std::string STD_FILE_CalcDomainPathSha1A(std::string domain, const s
 ///         or more, and in the wide twin.
 KRUTEIN_API bool STD_FILE_CalcFileSha1A(std::string path, void*& digest, int& digestLength);
 KRUTEIN_API bool STD_FILE_CalcFileSha1W(std::wstring path, void*& digest, int& digestLength);
+/// \}

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Typed backups.
+
 #include <atomic>
 #include <map>
 #include <mutex>
@@ -14,33 +17,35 @@
 
 /// What the catalogue of an older backup says of one file.
 struct ST_DB_FILE_INFO {
-    std::string fileID;
-    std::string domain;
-    std::string relativePath;
-    long long spare = 0;  ///< always 0
+    std::string fileID;        ///< 40 hexadecimal characters, in lower case
+    std::string domain;        ///< "HomeDomain"
+    std::string relativePath;  ///< in the domain, "Library/SMS/sms.db"
+    long long spare = 0;       ///< always 0
 };
 
+/// \{
 /// File IDs of the databases with WhatsApp's chats and with the messages.
 extern KRUTEIN_API const std::string kWhatsappFileID;
 extern KRUTEIN_API const std::string kSMSFileID;
+/// \}
 
 /// How a job ended, besides the return codes of a run (RunnerCode and the tool's own). Never change.
 enum JobResult : int {
-    kJobDone = 0,
-    kJobNoDevice = 1,          ///< the device pointer is null
-    kJobNothingNeeded = 1000,  ///< the catalogue lists no file of the types
-    kJobCannotOpenManifestDb = 1008,
-    kJobRecordNotWritten = 1009,
-    kJobNoFolder = 1013,   ///< the backup's folder could not be created
-    kJobNoRecords = 1014,  ///< none of the apps' databases holds anything
-    kJobCancelled = 1018,
-    kJobUnknownType = 1019,   ///< the type has no bit that is known
-    kJobNoIdentifier = 1021,  ///< the device has no identifier
-    kJobAlreadyRunning = 1022,
-    kJobNoQuery = 1023,    ///< nothing is configured for the types
-    kJobNoDomains = 1024,  ///< nothing is configured for the types
-    kJobCannotOpenMbdb = 1025,
-    kJobUnknownVersion = 1026  ///< the device's major version is negative
+    kJobDone = 0,                     ///< the backup is complete, and its record is written
+    kJobNoDevice = 1,                 ///< the device pointer is null
+    kJobNothingNeeded = 1000,         ///< the catalogue lists no file of the types
+    kJobCannotOpenManifestDb = 1008,  ///< SQLite cannot open the catalogue
+    kJobRecordNotWritten = 1009,      ///< backup_config.ini or the hash cache
+    kJobNoFolder = 1013,              ///< the backup's folder could not be created
+    kJobNoRecords = 1014,             ///< none of the apps' databases holds anything
+    kJobCancelled = 1018,             ///< StopBackup was called
+    kJobUnknownType = 1019,           ///< the type has no bit that is known
+    kJobNoIdentifier = 1021,          ///< the device has no identifier
+    kJobAlreadyRunning = 1022,        ///< there is one job at a time in a process
+    kJobNoQuery = 1023,               ///< nothing is configured for the types
+    kJobNoDomains = 1024,             ///< nothing is configured for the types
+    kJobCannotOpenMbdb = 1025,        ///< missing, or no catalogue
+    kJobUnknownVersion = 1026         ///< the device's major version is negative
 };
 
 /// Makes typed and full backups: runs the tool, keeps the files of the wanted types, checks that their
@@ -52,6 +57,8 @@ enum JobResult : int {
 /// and GenerateCacheDir.
 class KRUTEIN_API CBackupMgr {
  public:
+    /// The one manager, made by the first call; it lives as long as the process. May be called from any
+    /// thread.
     static CBackupMgr* GetInstance();
     CBackupMgr(const CBackupMgr&) = delete;
     CBackupMgr& operator=(const CBackupMgr&) = delete;
@@ -93,10 +100,12 @@ class KRUTEIN_API CBackupMgr {
     /// Deletes what the job's types do not need; a full backup keeps everything. \return a JobResult.
     int DeleteNotNeedFiles();
 
+    /// \{
     /// Add the file IDs that the job's types need, in lower case, from a Manifest.db or a Manifest.mbdb.
     /// \return 0, kJobCannotOpenManifestDb, kJobNoQuery; kJobCannotOpenMbdb, kJobNoDomains.
     int GetNeedFilesIOS10(std::set<std::string>& need);
     int GetNeedFilesIOS9(std::set<std::string>& need);
+    /// \}
 
     /// Deletes the files of the backup that are not needed; names of less than 20 characters are kept. In the
     /// newer layout folders that became empty go too.
@@ -110,9 +119,11 @@ class KRUTEIN_API CBackupMgr {
     /// True when at least one of the job's apps has records in its database.
     bool CheckSelectiveBackupIsValid();
 
+    /// \{
     /// True when the query of an existing database gives a row with a number above 0 in its first column.
     bool CheckDataBaseHasRecord(std::string path, std::string query);
     bool IsExistRecordInDataBase(std::string path, std::string query);
+    /// \}
 
     /// Where the job's backup keeps a file.
     std::string GetDataBasePath(std::string fileID);

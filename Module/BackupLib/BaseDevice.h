@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// A device as a host describes it for a typed backup.
+
 #include <string>
 
 #include "Common/Export.h"
@@ -9,9 +12,11 @@
 /// the functions is part of the binary interface: never change it.
 class KRUTEIN_API IBaseDevice {
  public:
+    /// \{
     /// The device's name, as its user has given it.
     virtual std::string GetName() = 0;
     virtual std::string GetSerialNumber() = 0;
+    /// \}
     /// The system's version, "17.4.1".
     virtual std::string GetVersionString() = 0;
     /// The first number of the version; negative when it is unknown.

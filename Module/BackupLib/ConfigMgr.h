@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// What the types of backups keep.
+
 #include <string>
 #include <vector>
 
@@ -16,6 +19,7 @@
 /// All functions may be called from any thread.
 class KRUTEIN_API CConfigMgr {
  public:
+    /// The one object, made by the first call; it lives as long as the process.
     static CConfigMgr* GetInstance();
     CConfigMgr(const CConfigMgr&) = delete;
     CConfigMgr& operator=(const CConfigMgr&) = delete;

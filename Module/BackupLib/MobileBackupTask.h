@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// Single runs of the backup tool.
+
 #include <atomic>
 #include <memory>
 #include <string>
@@ -39,11 +42,13 @@ enum RunnerCode : int {
 ///  - the result is one of RunnerCode or the tool's own code.
 class KRUTEIN_API CMobileBackupTask {
  public:
+    /// \{
     /// Finds the tool. A missing one is noticed when a run ends with kRunnerNoExitMessage.
     CMobileBackupTask();
     ~CMobileBackupTask();
     CMobileBackupTask(const CMobileBackupTask&) = delete;
     CMobileBackupTask& operator=(const CMobileBackupTask&) = delete;
+    /// \}
 
     /// Value of the tool's -model option. Set it before the operation.
     int m_model = 0;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The backup facade; hosts use IBackup.
+
 #include <atomic>
 #include <condition_variable>
 #include <mutex>

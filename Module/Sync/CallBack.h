@@ -2,6 +2,7 @@
 
 #include "Common/Export.h"
 
+/// \file
 /// The callback contract: how news travels from the library to its callers.
 ///
 /// There are two numberings on purpose. The backup tool runner reports the operation it runs (CallBackType);

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The device object; hosts use IDeviceInfo.
+
 #include <functional>
 #include <string>
 

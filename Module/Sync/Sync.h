@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// The factory; hosts use ISyncFactory and GetSyncFactory.
+
 #include "Module/Sync/SyncFactory.h"
 
 /// The factory behind GetSyncFactory.

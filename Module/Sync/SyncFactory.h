@@ -5,6 +5,7 @@
 #include "Common/Export.h"
 #include "Module/Sync/CallBack.h"
 
+/// \file
 /// The interfaces that a host holds, and the one function that hands them out. Hosts are compiled against the
 /// order of the virtual functions: never change it, never put one in between.
 ///
@@ -79,12 +80,14 @@ class KRUTEIN_API IDeviceInfo {
     /// Bytes of storage in all; 0 when the device does not tell.
     virtual unsigned long long GetDiskSize() = 0;
 
+    /// \{
     /// Hand the device's name, model ("iPhone12,1") or system version ("13.3") to `result`, before they
     /// return and on the calling thread; "" when the device does not tell. Nothing is called when `result` is
     /// empty.
     virtual void GetDeviceName(std::function<void(const char*)> result) = 0;
     virtual void GetDeviceType(std::function<void(const char*)> result) = 0;
     virtual void GetIOSVersion(std::function<void(const char*)> result) = 0;
+    /// \}
 
     virtual ~IDeviceInfo() = default;
 };

@@ -5,12 +5,14 @@
 #include "Common/Export.h"
 #include "Module/BackupLib/mbdb/mbdb_record.h"
 
+/// \file
 /// The Manifest.mbdb catalogue of backups of systems up to version 9: one record for each file, folder and
 /// link.
 ///
 /// Plain functions. Failures are null or false, mostly with a line on standard output. A catalogue is used by
 /// one thread at a time. No function throws.
 
+/// A catalogue in memory.
 struct mbdb_t {
     unsigned int size;                    ///< bytes in data
     unsigned char* data;                  ///< owned copy of the file as it was read
@@ -18,6 +20,7 @@ struct mbdb_t {
     std::vector<mbdb_record_t*> records;  ///< in the order of the file; owned
 };
 
+/// What mbdb_insert_record does with the record. Never change.
 enum en_mbdb_insert_record_type : int {
     MBDB_INSERT_COPY = 0,   ///< append a deep copy
     MBDB_INSERT_ATTACH = 1  ///< append the record itself, which the catalogue owns from then on
