@@ -1,5 +1,7 @@
 #include "Module/BackupLib/BackupMgr.h"
 
+#include <memory>
+
 #include "Common/log/Log.h"
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
@@ -36,13 +38,17 @@ int CBackupMgr::StartBackupSafe(IBaseDevice* device, std::string& folder, CCallB
                                 int option) {
     KRUTEIN_LOG("[Backup] begin ");
     if (!Enter()) return kJobAlreadyRunning;
-    KillAppleBackupExe();
-    m_manifestEntries.clear();
-    m_typeNames.clear();
-    m_protocolApps.clear();
-    m_option = option;
-    const int result = EndOf(StartBackup(device, folder, callback, type));
-    Leave();
+    int result = kJobDone;
+    {
+        const auto leave = [](CBackupMgr* manager) { manager->Leave(); };  // also when the device throws
+        const std::unique_ptr<CBackupMgr, decltype(leave)> job(this, leave);
+        KillAppleBackupExe();
+        m_manifestEntries.clear();
+        m_typeNames.clear();
+        m_protocolApps.clear();
+        m_option = option;
+        result = EndOf(StartBackup(device, folder, callback, type));
+    }
     KRUTEIN_LOG("[Backup] end ret = %d ", result);
     return result;
 }

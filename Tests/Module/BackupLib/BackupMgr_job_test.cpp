@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <future>
+#include <stdexcept>
 #include <thread>
 
 #include "Module/BackupLib/BackupMgr.h"
@@ -302,6 +303,13 @@ TEST_F(ManagerTest, ASecondJobIsRefusedAndTheFirstGoesOn) {
     EXPECT_THAT(other.asked, IsEmpty());
     tool.Make("go on");
     EXPECT_EQ(job.get(), 0);
+}
+
+TEST_F(ManagerTest, AJobThatADeviceThrowsOutOfIsOver) {
+    device.whenAskedForId = [] { throw std::runtime_error("unplugged"); };
+    EXPECT_THROW(Start(kBackupTypeContact), std::runtime_error);
+    device.whenAskedForId = nullptr;
+    EXPECT_EQ(Start(kBackupTypeContact), 0) << "and not 1022";
 }
 
 TEST_F(ManagerTest, OfJobsStartedAtTheSameInstantOneRuns) {
