@@ -8,6 +8,7 @@
 #include <regex>
 #include <set>
 #include <sstream>
+#include <vector>
 
 #include "Host/kruteinctl/ExitCode.h"
 #include "Tests/support/ChildProcess.h"
@@ -88,6 +89,33 @@ TEST(Readme, ItsHostBacksUp) {
     EXPECT_THAT(host.output, HasSubstr("1 of 2 files\n2 of 2 files\n"));
     EXPECT_THAT(host.output, HasSubstr("finished: " + folder.Path("the-device") + "\n"));
     EXPECT_TRUE(fs::exists(folder.Path("the-device/Manifest.db")));
+}
+
+TEST(Docs, EveryLinkLeadsSomewhere) {
+    static const std::regex link(R"(\[[^\]]+\]\(([^)#:]+)(#[^)]*)?\))");
+    const fs::path docs = DOCS_FOLDER;
+    std::vector<fs::path> pages = {docs / "../README.md", docs / "../CONTRIBUTING.md",
+                                   docs / "../CHANGELOG.md"};
+    for (const fs::directory_entry& entry : fs::directory_iterator(docs))
+        pages.push_back(entry.path());
+    int links = 0;
+    for (const fs::path& page : pages) {
+        const std::string text = ReadWholeFile(page.string());
+        for (std::sregex_iterator at(text.begin(), text.end(), link), end; at != end; ++at, ++links)
+            EXPECT_TRUE(fs::exists(page.parent_path() / (*at)[1].str())) << page << ": " << (*at)[1];
+    }
+    EXPECT_GE(links, 20);
+}
+
+TEST(Docs, EveryScriptThatIsNamedExists) {
+    static const std::regex script(R"(scripts/([a-z]+))");
+    const fs::path root = fs::path(DOCS_FOLDER) / "..";
+    for (const char* const page :
+         {"README.md", "CONTRIBUTING.md", "Docs/testing.md", "Docs/macos.md", "Docs/hosting.md"}) {
+        const std::string text = ReadWholeFile((root / page).string());
+        for (std::sregex_iterator at(text.begin(), text.end(), script), end; at != end; ++at)
+            EXPECT_TRUE(fs::exists(root / (*at)[0].str())) << page << ": " << (*at)[0];
+    }
 }
 
 TEST(Docs, ScriptingListsEveryExitCode) {
