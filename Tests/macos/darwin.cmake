@@ -1,0 +1,11 @@
+# A toolchain that configures for macOS and builds nothing: what the build would do is read from its files.
+set(CMAKE_SYSTEM_NAME Darwin)
+set(CMAKE_SYSTEM_VERSION 13)
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_OBJCXX_COMPILER clang++)
+set(CMAKE_CXX_COMPILER_WORKS ON)
+set(CMAKE_OBJCXX_COMPILER_WORKS ON)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_HAVE_LIBC_PTHREAD ON)
+set(CMAKE_INSTALL_NAME_TOOL install_name_tool)
+set(foundation "-framework Foundation")
