@@ -88,7 +88,9 @@ class KRUTEIN_API CBackupMgr {
     /// Creates and returns a folder of the cache: that of the pseudo-type kBackupTypeCache.
     std::string GenerateCacheDir();
 
-    /// Removes the folder of the last job with everything in it. \return true.
+    /// Removes the folder of the last job that had one, with everything in it. Do not call it after
+    /// kJobNoDevice, kJobUnknownType, kJobNoIdentifier and kJobAlreadyRunning: then it is another job's.
+    /// \return true.
     bool DeleteFailBackupFiles();
 
     /// Runs the tool and prunes what it made. \return as StartBackupSafe.

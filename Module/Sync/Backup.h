@@ -46,7 +46,8 @@ class KRUTEIN_API CBackup : public IBackup, public CCallBack {
 
     /// Moves a finished backup from the temporary folder to its final name and removes the temporary folder,
     /// unless the backup is still in it: then the move has failed, and what is at the final path is not
-    /// whole. \return the final path, whether the move worked or not.
+    /// whole.
+    /// \return the final path, whether the move worked or not.
     std::string Rename(const std::string& folder, const std::string& udid, int unused = 0);
 
  private:
