@@ -22,3 +22,19 @@ file(RELATIVE_PATH krutein_program_from_bin
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/links")
 file(CREATE_LINK "${krutein_program_from_bin}" "${PROJECT_BINARY_DIR}/links/kruteinctl" SYMBOLIC)
 install(FILES "${PROJECT_BINARY_DIR}/links/kruteinctl" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT host)
+
+# The manual page, and the completions where each shell looks for them.
+set(KRUTEIN_ZSH_COMPLETIONS "${CMAKE_INSTALL_DATADIR}/zsh/site-functions" CACHE STRING
+  "Where zsh finds completions, below the prefix")
+configure_file("${PROJECT_SOURCE_DIR}/Host/man/kruteinctl.1.in" "${PROJECT_BINARY_DIR}/man/kruteinctl.1" @ONLY)
+add_custom_command(OUTPUT "${PROJECT_BINARY_DIR}/man/kruteinctl.1.gz"
+  COMMAND gzip -9 -n -k -f "${PROJECT_BINARY_DIR}/man/kruteinctl.1"
+  DEPENDS "${PROJECT_BINARY_DIR}/man/kruteinctl.1")
+add_custom_target(krutein_man ALL DEPENDS "${PROJECT_BINARY_DIR}/man/kruteinctl.1.gz")
+install(FILES "${PROJECT_BINARY_DIR}/man/kruteinctl.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT host)
+install(FILES "${PROJECT_SOURCE_DIR}/Host/completions/kruteinctl.bash" RENAME kruteinctl
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT host)
+install(FILES "${PROJECT_SOURCE_DIR}/Host/completions/_kruteinctl"
+  DESTINATION "${KRUTEIN_ZSH_COMPLETIONS}" COMPONENT host)
+install(FILES "${PROJECT_SOURCE_DIR}/Host/completions/kruteinctl.fish"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT host)
