@@ -58,6 +58,7 @@ configure_file("${PROJECT_SOURCE_DIR}/packaging/debian/shlibs.in" "${doc}/shlibs
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   "${doc}/shlibs" "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS procps)  # it stops its tool with pkill
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "library that backs up and restores iOS devices
 A desktop application loads it to back up, restore and inspect an iOS device:
 whole, or the data of single apps. It drives a backup tool that the
