@@ -11,6 +11,7 @@ debian_packages=(
   procps sqlite3
   clang libgnustep-base-dev libblocksruntime-dev  # the macOS sources are tested with them
   doxygen
+  abigail-tools binutils python3
 )
 brew_packages=(
   cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest
