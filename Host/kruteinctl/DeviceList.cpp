@@ -56,7 +56,8 @@ nlohmann::ordered_json ObjectOf(const char* type, const DeviceFacts& facts) {
             {"system_version", facts.systemVersion}};
 }
 
-void PrintTable(FILE* out, const std::vector<DeviceFacts>& devices) {
+void PrintTable(const Streams& streams, const std::vector<DeviceFacts>& devices) {
+    FILE* const out = streams.Out();
     if (devices.empty()) {
         fmt::print(out, "no devices\n");
         return;
@@ -67,8 +68,8 @@ void PrintTable(FILE* out, const std::vector<DeviceFacts>& devices) {
         table.Add({known(facts.name), known(ModelWords(facts.productType)), known(facts.systemVersion),
                    facts.udid});
     }
-    for (const std::string& line : table.Lines())
-        fmt::print(out, "{}\n", line);
+    for (const std::string& row : table.Rows(streams.OutStyle()))
+        fmt::print(out, "{}\n", row);
 }
 
 void PrintObjects(FILE* out, const std::vector<DeviceFacts>& devices) {
@@ -147,6 +148,5 @@ std::string ChangeLine(const Change& change, const DeviceFacts& facts) {
 void RunDevicesCommand(const Options& options, const Streams& streams) {
     if (options.watch) Watch(options, streams);
     const std::vector<DeviceFacts> devices = FactsOfAll(Clock::now() + options.timeout);
-    options.output == Output::kJson ? PrintObjects(streams.Out(), devices)
-                                    : PrintTable(streams.Out(), devices);
+    options.output == Output::kJson ? PrintObjects(streams.Out(), devices) : PrintTable(streams, devices);
 }

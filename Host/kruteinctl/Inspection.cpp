@@ -85,7 +85,7 @@ ExitCode RunInspection(const Options& options, const Streams& streams, StopSigna
     std::signal(SIGPIPE, SIG_IGN);  // a reader that has seen enough is no reason to leave copies behind
     krutein::Interrupt interrupt;
     const StopListener listener(signals, interrupt);
-    Printer printer(options.output, streams.Out());
+    Printer printer(options.output, streams);
     try {
         return RunOrFail(options, printer, interrupt);
     } catch (const Failure& failure) {

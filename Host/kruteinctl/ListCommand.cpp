@@ -23,6 +23,11 @@ std::string StateOf(const Record& record) {
     return record.isValid ? "valid" : "invalid";
 }
 
+Colour ColourOf(const std::string& state) {
+    if (state == "valid") return Colour::kGood;
+    return state == "invalid" || state == "missing" ? Colour::kBad : Colour::kNone;
+}
+
 Json ObjectOf(const Record& record) {
     return {{"message_type", "backup"},
             {"path", record.BackupPath()},
@@ -41,14 +46,19 @@ Json ObjectOf(const Record& record) {
 void PrintRecords(const FoundRecords& found, Printer& printer) {
     Table table({"Device", "System", "Types", "Time", "Size", "State", "Backup"});
     for (const Record& record : found.records) {
-        table.Add({record.deviceName, record.version, TypeWords(record.type),
-                   HumanRecordTime(record.timeText), HumanBytes(record.Bytes()), StateOf(record),
+        const std::string state = StateOf(record);
+        table.Add({record.deviceName,
+                   record.version,
+                   TypeWords(record.type),
+                   HumanRecordTime(record.timeText),
+                   HumanBytes(record.Bytes()),
+                   {state, ColourOf(state)},
                    record.BackupPath()});
     }
-    const std::vector<std::string> lines = table.Lines();
-    if (!found.records.empty()) printer.PrintText(lines.front());
+    const std::vector<std::string> rows = table.Rows(printer.LineStyle());
+    if (!found.records.empty()) printer.PrintText(rows.front());
     for (std::size_t i = 0; i < found.records.size(); ++i)
-        printer.Print([&] { return lines[i + 1]; }, [&] { return ObjectOf(found.records[i]); });
+        printer.Print([&] { return rows[i + 1]; }, [&] { return ObjectOf(found.records[i]); });
 }
 
 /// What has a path and nothing else to say.

@@ -9,13 +9,20 @@
 
 #include "Common/Version.h"
 #include "Host/kruteinctl/Failure.h"
+#include "Host/kruteinctl/HelpFormatter.h"
+#include "Host/kruteinctl/Suggestion.h"
 #include "Host/kruteinctl/Text.h"
 
 namespace {
 
 constexpr char kBackupHelp[] = "Folder of a backup, or the one around it with its record";
 constexpr int kMaxTimeoutSeconds = 3600;
-constexpr char kSeeHelp[] = "Run 'kruteinctl --help' for the commands";
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  kruteinctl backup --to ~/Backups\n"
+    "  kruteinctl backup --types messages,whatsapp --to ~/Backups\n"
+    "  kruteinctl list ~/Backups\n"
+    "'kruteinctl COMMAND --help' has more.";
 
 std::string ExitCodeHelp() {
     std::string help = "Exit codes:";
@@ -30,7 +37,8 @@ class Parser {
     Parser() {
         m_app.set_version_flag("--version", "kruteinctl " KRUTEIN_VERSION, "Print the version and end");
         m_app.require_subcommand(1);
-        m_app.footer(ExitCodeHelp());
+        m_app.formatter(std::make_shared<HelpFormatter>());
+        m_app.footer(std::string(kExamples) + "\n\n" + ExitCodeHelp());
         AddBackup();
         AddRestore();
         AddSize();
@@ -49,12 +57,15 @@ class Parser {
         } catch (const CLI::ParseError& error) {
             std::ostringstream out;
             std::ostringstream errors;
-            if (m_app.exit(error, out, errors) != 0) throw Failure(ExitCode::kUsage, Message(errors.str()));
+            if (m_app.exit(error, out, errors) != 0) {
+                RefuseUnknownOption();
+                throw Failure(ExitCode::kUsage, Message(errors.str()));
+            }
             text = out.str();
             return std::nullopt;
         }
         if (m_options.folder.empty() && m_options.command == CommandName::kBackup)
-            throw Failure(ExitCode::kUsage, "--to is required. " + std::string(kSeeHelp));
+            throw Failure(ExitCode::kUsage, "--to is required. " + SeeHelp());
         if (m_json && m_quiet) throw Failure(ExitCode::kUsage, "--json and --quiet exclude each other");
         if (m_json) m_options.output = Output::kJson;
         m_options.timeout = std::chrono::seconds(m_timeoutSeconds);
@@ -65,8 +76,9 @@ class Parser {
  private:
     CLI::App* AddCommand(CommandName command, const std::string& description, const std::string& example) {
         CLI::App* const sub = m_app.add_subcommand(NameOf(command), description);
+        sub->group("Commands");
         sub->callback([this, command] { m_options.command = command; });
-        sub->add_flag("--json", m_json, "Print one JSON object a line (see Docs/scripting.md)");
+        sub->add_flag("--json", m_json, "Print one JSON object a line");
         sub->footer("Example:\n  kruteinctl " + example);
         return sub;
     }
@@ -91,14 +103,16 @@ class Parser {
     void AddBackup() {
         CLI::App* const backup = AddRun(CommandName::kBackup, "Make a backup of a device",
                                         "backup 00008110-000A2D3E1E08801E --to ~/Backups\n"
-                                        "  kruteinctl backup 00008110-000A2D3E1E08801E --to ~/Backups "
-                                        "--types messages,whatsapp");
+                                        "  kruteinctl backup --types messages,whatsapp --to ~/Backups");
         CLI::Option* const to =
-            backup->add_option("--to", m_options.folder, "Folder in which the backup shall lie");
-        CLI::Option* const types = backup->add_option(
-            "--types", m_options.types,
-            "Keep only the data of these apps: messages, whatsapp, wechat, contacts, separated by commas; "
-            "or full. Adds a record, which 'list' shows");
+            backup->add_option("--to", m_options.folder, "Folder in which the backup shall lie")
+                ->type_name("FOLDER");
+        CLI::Option* const types = backup
+                                       ->add_option("--types", m_options.types,
+                                                    "Keep only the data of these apps: messages, whatsapp, "
+                                                    "wechat, contacts, separated by commas; "
+                                                    "or full. Adds a record, which 'list' shows")
+                                       ->type_name("LIST");
         backup->add_flag("--keep-failed", m_options.keepFailed, "Leave what a failed typed backup has made")
             ->needs(types);
         CLI::Option* const dryRun =
@@ -109,6 +123,7 @@ class Parser {
                 ->excludes(to);
         CLI::Option* const from =
             backup->add_option("--from", m_options.folder, "Folder with a full backup, for --dry-run")
+                ->type_name("FOLDER")
                 ->needs(dryRun);
         dryRun->needs(from);
     }
@@ -141,9 +156,10 @@ class Parser {
             ->add_option("BACKUP", m_options.folder,
                          std::string(kBackupHelp) + "; or a Manifest.db or Manifest.mbdb")
             ->required();
-        files->add_option("--domain", m_options.domain,
-                          "Only entries with this in their domain, in any case");
-        files->add_option("--path", m_options.path, "Only entries with this in their path, in any case");
+        files->add_option("--domain", m_options.domain, "Only entries with this in their domain, in any case")
+            ->type_name("TEXT");
+        files->add_option("--path", m_options.path, "Only entries with this in their path, in any case")
+            ->type_name("TEXT");
     }
 
     void AddVerify() {
@@ -175,33 +191,69 @@ class Parser {
     }
 
     void AddTimeout(CLI::App* command) {
-        command->add_option("--timeout", m_timeoutSeconds, "Seconds to wait for a device at most")
-            ->check(CLI::Range(1, kMaxTimeoutSeconds))
-            ->capture_default_str();
+        command
+            ->add_option("--timeout", m_timeoutSeconds,
+                         "Seconds to wait for a device at most; 30 unless given")
+            ->type_name("SECONDS")
+            ->check(CLI::Range(1, kMaxTimeoutSeconds).description(""));
     }
 
     void AddFrom(CLI::App* command) {
         command
             ->add_option("--from", m_options.folder,
                          "Folder in which backups of the device lie (the newest is taken), or one backup")
+            ->type_name("FOLDER")
             ->required();
     }
 
     /// The parser would only say that a command is missing.
     void RefuseUnknownCommand(int count, const char* const* words) const {
         if (count < 2 || words[1][0] == '-') return;
-        for (const CLI::App* command : m_app.get_subcommands({})) {
-            if (command->get_name() == words[1]) return;
+        std::vector<std::string> names;
+        for (const CLI::App* command : m_app.get_subcommands({}))
+            names.push_back(command->get_name());
+        if (std::find(names.begin(), names.end(), words[1]) != names.end()) return;
+        throw Failure(ExitCode::kUsage, fmt::format("there is no command '{}'{} {}", Printable(words[1]),
+                                                    QuestionOrStop(Suggestion(words[1], names)), SeeHelp()));
+    }
+
+    /// Of several mistakes that one is told that most likely is behind the others.
+    void RefuseUnknownOption() const {
+        const CLI::App& command = Meant();
+        std::vector<std::string> names;
+        for (const CLI::Option* option : command.get_options()) {
+            for (const std::string& name : option->get_lnames())
+                names.push_back("--" + name);
         }
-        throw Failure(ExitCode::kUsage,
-                      fmt::format("there is no command '{}'. {}", Printable(words[1]), kSeeHelp));
+        for (const std::string& word : m_app.remaining(true)) {
+            const std::string name = word.substr(0, word.find('='));
+            if (name.size() < 2 || name[0] != '-' || name == "--") continue;
+            const std::string whose = &command == &m_app ? "there is" : command.get_name() + " has";
+            throw Failure(ExitCode::kUsage, fmt::format("{} no option '{}'{} {}", whose, Printable(name),
+                                                        QuestionOrStop(Suggestion(name, names)), SeeHelp()));
+        }
+    }
+
+    static std::string QuestionOrStop(const std::string& suggestion) {
+        return suggestion.empty() ? "." : suggestion;
+    }
+
+    /// The command that was typed, or the whole program.
+    const CLI::App& Meant() const {
+        const std::vector<CLI::App*> typed = m_app.get_subcommands();
+        return typed.empty() ? m_app : *typed.front();
+    }
+
+    std::string SeeHelp() const {
+        if (&Meant() == &m_app) return "Run 'kruteinctl --help' for the commands";
+        return fmt::format("Run 'kruteinctl {} --help' for its options", Meant().get_name());
     }
 
     /// The library's message without its trailer, on one line.
-    static std::string Message(std::string text) {
+    std::string Message(std::string text) const {
         text.resize(std::min(text.size(), text.find("\nRun with")));
         TrimEnd(text);
-        return fmt::format("{}. {}", Printable(text), kSeeHelp);
+        return fmt::format("{}. {}", Printable(text), SeeHelp());
     }
 
     static void TrimEnd(std::string& text) { text.erase(text.find_last_not_of(" \n") + 1); }

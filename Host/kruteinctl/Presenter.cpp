@@ -48,12 +48,13 @@ void Presenter::Failed(std::optional<CommandName> command, const Failure& failur
 
 void Presenter::DoFailed(std::optional<CommandName> /*command*/, const Failure& failure) {
     Interrupt();
-    fmt::print(m_streams.Errors(), "kruteinctl: {}\n", failure.what());
+    fmt::print(m_streams.Errors(), "{} {}\n", Painted("kruteinctl:", Colour::kBad, m_streams.ErrorStyle()),
+               failure.what());
 }
 
 std::unique_ptr<Presenter> MakePresenter(Output output, const Streams& streams) {
     if (output == Output::kJson) return std::make_unique<JsonPresenter>(streams);
     if (output == Output::kQuiet) return std::make_unique<QuietPresenter>(streams);
-    if (streams.OutIsTerminal()) return std::make_unique<TerminalPresenter>(streams);
+    if (streams.OutIsDrawable()) return std::make_unique<TerminalPresenter>(streams);
     return std::make_unique<LinePresenter>(streams);
 }

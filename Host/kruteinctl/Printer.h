@@ -6,6 +6,7 @@
 
 #include "Host/kruteinctl/JsonLine.h"
 #include "Host/kruteinctl/Options.h"
+#include "Host/kruteinctl/Streams.h"
 
 /// What the commands print that look into backups: lines for people, or an object a line for programs, as
 /// Docs/scripting.md tells. Output is buffered.
@@ -13,7 +14,11 @@ class Printer {
  public:
     using Json = nlohmann::ordered_json;
 
-    Printer(Output output, FILE* out) : m_output(output), m_out(out) {}
+    Printer(Output output, const Streams& streams)
+        : m_output(output), m_out(streams.Out()), m_style(streams.OutStyle()) {}
+
+    /// How lines for people may look.
+    const Style& LineStyle() const { return m_style; }
 
     /// One thing that the command has to say.
     /// \param text    called for people: a line, or several with line ends between them, in printable text.
@@ -44,5 +49,6 @@ class Printer {
 
     Output m_output;
     FILE* m_out;
+    Style m_style;
     bool m_closed = false;
 };

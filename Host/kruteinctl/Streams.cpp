@@ -33,7 +33,8 @@ bool IsNoise(const std::string& line) {
 Streams::Streams()
     : m_out(OwnStream(STDOUT_FILENO)),
       m_errors(OwnStream(STDERR_FILENO)),
-      m_outIsTerminal(isatty(STDOUT_FILENO) == 1) {
+      m_outIsTerminal(isatty(STDOUT_FILENO) == 1),
+      m_errorsAreTerminal(isatty(STDERR_FILENO) == 1) {
     setvbuf(m_errors, nullptr, _IONBF, 0);
     const int nothing = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nothing < 0) return;
@@ -50,6 +51,14 @@ std::size_t Streams::TerminalColumns() const {
     winsize size{};
     if (ioctl(fileno(m_out), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
     return size.ws_col;
+}
+
+Style Streams::OutStyle() const {
+    return {OutIsDrawable() && ColoursAreWanted(), m_outIsTerminal ? TerminalColumns() : 0};
+}
+
+Style Streams::ErrorStyle() const {
+    return {m_errorsAreTerminal && TerminalHasControls() && ColoursAreWanted(), 0};
 }
 
 CollectedErrors::CollectedErrors(std::function<void(const std::string&)> onLine)

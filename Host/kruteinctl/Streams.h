@@ -5,6 +5,8 @@
 #include <string>
 #include <thread>
 
+#include "Host/kruteinctl/Style.h"
+
 /// The program's outputs. The library and the backup tool print to standard output too, which must not mix
 /// with what kruteinctl says (and programs parse): their standard output is dropped for good, the tool's
 /// standard error is collected line by line while a run lasts.
@@ -18,7 +20,10 @@ class Streams {
 
     FILE* Out() const { return m_out; }
     FILE* Errors() const { return m_errors; }
-    bool OutIsTerminal() const { return m_outIsTerminal; }
+    /// Whether lines can be drawn over on standard output.
+    bool OutIsDrawable() const { return m_outIsTerminal && TerminalHasControls(); }
+    Style OutStyle() const;
+    Style ErrorStyle() const;
 
     /// Columns of the terminal, 80 where it does not tell.
     std::size_t TerminalColumns() const;
@@ -27,6 +32,7 @@ class Streams {
     FILE* m_out;
     FILE* m_errors;
     bool m_outIsTerminal;
+    bool m_errorsAreTerminal;
 };
 
 /// While it lives, each line that goes to descriptor 2, by whatever process, is handed to a function instead.

@@ -185,8 +185,10 @@ void PrintResult(const BackupTarget& backup, const Verification& done, Clock::du
     const int type = backup.record ? backup.record->type : kBackupTypeFull;
     printer.Print(
         [&] {
-            const std::string found =
-                done.Problems() == 0 ? "nothing is wrong" : fmt::format("problems: {}", done.Problems());
+            const std::string found = done.Problems() == 0
+                                          ? Painted("nothing is wrong", Colour::kGood, printer.LineStyle())
+                                          : Painted(fmt::format("problems: {}", done.Problems()),
+                                                    Colour::kBad, printer.LineStyle());
             return fmt::format("{}\n  {}: {} files, {}, {} app databases; {}", Printable(backup.folder),
                                TypeWords(type), done.Files(), ExactBytes(done.Bytes()), done.Databases(),
                                found);

@@ -37,7 +37,7 @@ std::set<std::string> Matches(const std::string& text, const std::string& patter
 
 std::set<std::string> Commands() {
     const std::string help = Help({});
-    const std::size_t begin = help.find("\nSubcommands:\n");
+    const std::size_t begin = help.find("\nCommands:\n");
     const std::size_t end = help.find("\n\n", begin);
     return Matches(help.substr(begin, end - begin), "\n  ([a-z]+) ");
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 #include <vector>
 
 #include "Common/Version.h"
@@ -88,6 +89,38 @@ TEST(Options, HelpListsEveryExitCode) {
     for (const ExitCodeRow& row : ExitCodeTable()) {
         EXPECT_THAT(help, HasSubstr(std::to_string(static_cast<int>(row.code)) + " " + row.meaning));
     }
+}
+
+TEST(Options, EveryHelpFitsATerminalOf80ColumnsAndHasAnExample) {
+    for (const char* command :
+         {"", "backup", "restore", "size", "list", "files", "verify", "show", "devices", "info"}) {
+        std::vector<const char*> words = {"--help"};
+        if (*command != '\0') words.insert(words.begin(), command);
+        const std::string help = Parse(words).text;
+        std::istringstream lines(help);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80U) << line;
+        EXPECT_THAT(help, HasSubstr("Example"));
+        EXPECT_THAT(help, HasSubstr(std::string("\n  kruteinctl ") + command));
+    }
+}
+
+TEST(Options, AMistypedWordIsAnsweredWithTheOneThatWasMeant) {
+    const auto asked = [](const std::vector<const char*>& words) {
+        const std::string error = Parse(words).error;
+        const std::size_t begin = error.find("did you mean '");
+        return begin == std::string::npos ? "" : error.substr(begin + 14, error.find('?') - begin - 15);
+    };
+    EXPECT_EQ(asked({"bakup", "--to", "/b"}), "backup");
+    EXPECT_EQ(asked({"dev"}), "devices");
+    EXPECT_EQ(asked({"lsit", "/b"}), "list");
+    EXPECT_EQ(asked({"nonsense"}), "");
+    EXPECT_EQ(asked({"--verison"}), "--version");
+    EXPECT_EQ(asked({"backup", "--to", "/b", "--tpyes=messages"}), "--types");
+    EXPECT_EQ(asked({"backup", "--to", "/b", "--dryrun"}), "--dry-run");
+    EXPECT_EQ(asked({"size", "the-device", "--form", "/b"}), "--from") << "not: --from is required";
+    EXPECT_EQ(asked({"verify", "/b", "--watch"}), "") << "no option of this command is near";
+    EXPECT_EQ(asked({"verify", "/b", "/c"}), "") << "no option at all";
 }
 
 TEST(Options, WrongUsageIsSaidOnOneLine) {
