@@ -54,6 +54,13 @@ std::vector<char*> Pointers(const std::vector<std::string>& words) {
     return pointers;
 }
 
+/// What is added to the test's own: its terminal is a usual one, whatever the tests run on.
+std::map<std::string, std::string> EnvironmentOf(const Command& options) {
+    std::map<std::string, std::string> added = options.environment;
+    if (options.terminal) added.insert({{"TERM", "xterm"}, {"NO_COLOR", ""}});
+    return added;
+}
+
 std::vector<std::string> MergedEnvironment(const std::map<std::string, std::string>& added) {
     std::vector<std::string> merged;
     merged.reserve(added.size());
@@ -84,7 +91,7 @@ std::vector<std::string> MergedEnvironment(const std::map<std::string, std::stri
 ChildProcess::ChildProcess(const Options& options) {
     const Ends output = options.terminal ? MakeTerminal(options.columns) : MakePipe();
     const Ends errors = options.terminal ? output : MakePipe();
-    const std::vector<std::string> environment = MergedEnvironment(options.environment);
+    const std::vector<std::string> environment = MergedEnvironment(EnvironmentOf(options));
     std::vector<char*> words = Pointers(options.words);
     std::vector<char*> variables = Pointers(environment);
     m_pid = fork();

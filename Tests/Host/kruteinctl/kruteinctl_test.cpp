@@ -137,6 +137,16 @@ TEST_F(HostTest, ATerminalShowsABarThatNeverRunsBackwards) {
     EXPECT_THAT(afterBar, StartsWith("Backed up " + kUdid)) << "the bar is gone at the end";
 }
 
+TEST_F(HostTest, ATerminalThatCannotDrawGetsLines) {
+    Command command = host.Backup();
+    command.terminal = true;
+    command.environment["TERM"] = "dumb";
+    const Finished backup = RunToEnd(command);
+    EXPECT_EQ(backup.code, 0);
+    EXPECT_EQ(backup.output.find('\x1b'), std::string::npos) << backup.output;
+    EXPECT_THAT(backup.output, HasSubstr("100%  "));
+}
+
 TEST_F(HostTest, TheUdidIsHandedOnInItsCanonicalForm) {
     const Finished backup = host.Run({"backup", "0000811000000000000000aa", "--to", host.Backups()});
     EXPECT_EQ(backup.code, 0);
