@@ -48,16 +48,26 @@ bool IsOnDisk(const BackupEntry& entry, const HashedFiles& disk) {
     return file != nullptr && file->kind == HashedFile::Kind::kFile;
 }
 
-std::string HeaderLine() {
-    return fmt::format("{:40}  {:10}  {:>12}  {:4}  {}", "FILE ID", "MODE", "BYTES", "DISK", "NAME");
+/// A narrower terminal gets the name on a line of its own, as names can be long and file IDs always are.
+constexpr std::size_t kColumnsForNames = 110;
+
+std::string Row(const Style& style, const std::string& id, const std::string& mode, const std::string& bytes,
+                const std::string& disk, const std::string& name) {
+    const bool isNarrow = style.columns != 0 && style.columns < kColumnsForNames;
+    return fmt::format("{:40}  {:10}  {:>12}  {:4}{}{}", id, mode, bytes, disk, isNarrow ? "\n  " : "  ",
+                       name);
 }
 
-std::string LineOf(const BackupEntry& entry, bool onDisk) {
+std::string HeaderLine(const Style& style) {
+    return Row(style, "FILE ID", "MODE", "BYTES", "DISK", "NAME");
+}
+
+std::string LineOf(const Style& style, const BackupEntry& entry, bool onDisk) {
     const bool isFile = entry.kind == BackupEntry::Kind::kFile;
     const char* const there = onDisk ? "yes" : "no";
-    return fmt::format("{:40}  {:10}  {:>12}  {:4}  {}", Printable(entry.fileId), ModeText(entry),
-                       entry.bytes && isFile ? std::to_string(*entry.bytes) : "-", isFile ? there : "-",
-                       NameOf(entry));
+    return Row(style, Printable(entry.fileId), ModeText(entry),
+               entry.bytes && isFile ? std::to_string(*entry.bytes) : "-", isFile ? there : "-",
+               NameOf(entry));
 }
 
 Json ObjectOf(const BackupEntry& entry, bool onDisk) {
@@ -115,12 +125,13 @@ ExitCode RunFilesCommand(const Options& options, Printer& printer, const krutein
     const Filter filter(options);
     Totals totals;
     std::uint64_t damaged = 0;
-    printer.PrintText(HeaderLine());
+    const Style& style = printer.LineStyle();
+    printer.PrintText(HeaderLine(style));
     for (BackupEntry entry; !printer.IsClosed() && catalogue->Next(entry);) {
         if (!entry.id) ++damaged;
         if (!filter.Takes(entry)) continue;
         const bool onDisk = IsOnDisk(entry, disk);
-        printer.Print([&] { return LineOf(entry, onDisk); }, [&] { return ObjectOf(entry, onDisk); });
+        printer.Print([&] { return LineOf(style, entry, onDisk); }, [&] { return ObjectOf(entry, onDisk); });
         Count(entry, onDisk, totals);
     }
     if (printer.IsClosed()) return ExitCode::kDone;

@@ -244,6 +244,19 @@ TEST_P(InspectionTest, FilesForPeopleAreLinesWithoutControlCharacters) {
     EXPECT_THAT(lines[8], StartsWith("entries: 7, files: 6 ("));
 }
 
+TEST_P(InspectionTest, FilesInATerminalOf80ColumnsHaveTheirNamesBelow) {
+    Command command = host.Kruteinctl({"files", Write(), "--path", "sms.db"});
+    command.terminal = true;
+    command.columns = 80;
+    const std::vector<std::string> lines = Lines(RunToEnd(command).output);
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_THAT(lines[2], StartsWith(BackupBuilder::FileID(kHome, kMessages)));
+    EXPECT_LE(lines[2].size(), 80U);
+    EXPECT_THAT(lines[3], StartsWith("  HomeDomain/Library/SMS/sms.db"));
+    command.columns = 120;
+    EXPECT_EQ(Lines(RunToEnd(command).output).size(), 3U);
+}
+
 TEST_P(InspectionTest, FilesAreFilteredByPartsOfDomainAndPathInAnyCase) {
     const std::string backup = Write();
     const auto count = [&](const std::vector<std::string>& filter) {
