@@ -27,9 +27,17 @@ _kruteinctl_options() {
     echo "--json --help"
 }
 
+# Answers with the lines of its input. Old shells have no mapfile.
+_kruteinctl_answer() {
+    local line
+    while IFS= read -r line; do
+        COMPREPLY+=("$line")
+    done
+}
+
 # Answers with files and folders (f) or folders alone (d).
 _kruteinctl_paths() {
-    mapfile -t COMPREPLY < <(compgen "-$1" -- "$2")
+    _kruteinctl_answer < <(compgen "-$1" -- "$2")
     compopt -o filenames
 }
 
@@ -39,7 +47,7 @@ _kruteinctl() {
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
         local words="backup restore size list files verify show devices info --help --version"
-        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+        _kruteinctl_answer < <(compgen -W "$words" -- "$current")
         return
     fi
     case $previous in
@@ -48,16 +56,16 @@ _kruteinctl() {
             return
             ;;
         --types)
-            mapfile -t COMPREPLY < <(compgen -W "$(_kruteinctl_types "$current")" -- "$current")
+            _kruteinctl_answer < <(compgen -W "$(_kruteinctl_types "$current")" -- "$current")
             compopt -o nospace
             return
             ;;
         --domain | --path | --timeout) return ;;
     esac
     case $current,$command in
-        -*) mapfile -t COMPREPLY < <(compgen -W "$(_kruteinctl_options "$command")" -- "$current") ;;
+        -*) _kruteinctl_answer < <(compgen -W "$(_kruteinctl_options "$command")" -- "$current") ;;
         *,backup | *,restore | *,size | *,info)
-            mapfile -t COMPREPLY < <(compgen -W "$(_kruteinctl_udids)" -- "$current")
+            _kruteinctl_answer < <(compgen -W "$(_kruteinctl_udids)" -- "$current")
             ;;
         *,files) _kruteinctl_paths f "$current" ;;
         *,list | *,verify | *,show) _kruteinctl_paths d "$current" ;;

@@ -76,7 +76,7 @@ TEST_F(OutsideHost, LinksWithPkgConfig) {
 TEST_F(OutsideHost, LoadsTheLibraryWhenItRuns) {
     Succeeds(kCompile + "$('" PKG_CONFIG_PROGRAM "' --cflags krutein) loading_host.cpp -o loading_host -ldl",
              "");
-    Succeeds("./loading_host \"$('" PKG_CONFIG_PROGRAM "' --variable=libdir krutein)/libkrutein.so.1\"",
+    Succeeds("./loading_host \"$('" PKG_CONFIG_PROGRAM "' --variable=libdir krutein)/" LIBRARY_NAME "\"",
              "found\n");
 }
 
