@@ -210,7 +210,9 @@ TEST_P(FaultyDeviceCommands, HaveTheirCodesAndWords) {
     const bool isSilent = GetParam().code == static_cast<int>(ExitCode::kDeviceSilent);
     const auto start = std::chrono::steady_clock::now();
     const Finished info = Info({"--timeout", isSilent ? "2" : "30"});
-    if (isSilent) EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(9));
+    if (isSilent) {
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(9));
+    }
     EXPECT_EQ(info.code, GetParam().code) << info.errors;
     EXPECT_THAT(info.errors, AllOf(StartsWith("kruteinctl: "), HasSubstr(GetParam().words)));
     EXPECT_EQ(info.output, "");
