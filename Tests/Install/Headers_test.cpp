@@ -46,7 +46,7 @@ TEST(InstalledHeaders, AreThoseThatDeclareWhatIsExported) {
     std::set<std::string> expected = {"Common/Version.h"};
     for (const std::string folder : {"Common", "Module"}) {
         for (const std::string& header : HeadersBelow(fs::path(SOURCES) / folder)) {
-            const std::string name = folder + "/" + header;
+            const std::string name = (fs::path(folder) / header).string();
             const bool isPublic =
                 ReadWholeFile(std::string(SOURCES "/") + name).find("KRUTEIN_API") != std::string::npos;
             if (isPublic) AddWithIncludes(name, expected);

@@ -13,9 +13,9 @@ using testing::HasSubstr;
 TEST(Subproject, BringsTheLibraryAndNothingElse) {
     const TemporaryFolder folder;
     const std::string build = folder.Path("build");
-    const Finished configured =
-        RunToEnd(Command({CMAKE_PROGRAM, "-S", SUBPROJECT_HOST, "-B", build, "-G", CMAKE_GENERATOR_NAME,
-                          "-DKRUTEIN=" SOURCES, "-DCMAKE_CXX_COMPILER=" COMPILER}));
+    const Finished configured = RunToEnd(
+        Command({CMAKE_PROGRAM, "-S", SUBPROJECT_HOST, "-B", build, "-G", CMAKE_GENERATOR_NAME,
+                 std::string("-DKRUTEIN=") + SOURCES, std::string("-DCMAKE_CXX_COMPILER=") + COMPILER}));
     ASSERT_EQ(configured.code, 0) << configured.errors;
 
     const Finished tests = RunToEnd(Command({CTEST_PROGRAM, "--test-dir", build, "-N"}));
