@@ -145,7 +145,9 @@ TEST(Completion, OfZshAndFishNamesEveryCommandAndOption) {
             EXPECT_TRUE(std::regex_search(zsh, std::regex(option + "[\\[',}]"))) << command << " " << option;
             const std::string flag = option[1] == '-' ? " -l " + option.substr(2) : " -s " + option.substr(1);
             const bool isOfAll = option == "-h" || option == "--help" || option == "--json";
-            const std::string line = isOfAll ? flag : "after [^'\n]*\\b" + command + "\\b[^\n]*" + flag + " ";
+            std::string line = isOfAll ? "" : "after [^'\\n]*\\b";
+            if (!isOfAll) line.append(command).append("\\b[^\\n]*");
+            line.append(flag).append(" ");
             EXPECT_TRUE(std::regex_search(fish, std::regex(line))) << command << " " << option;
         }
     }
