@@ -18,10 +18,13 @@ Stream Open(const std::string& path, const char* mode) {
     return file;
 }
 
+std::string UpToNul(const std::string& bytes) {
+    return bytes.substr(0, bytes.find('\0'));
+}
+
 }  // namespace
 
-void Require(bool holds, const char* property) {
-    if (holds) return;
+void Fail(const char* property) {
     std::fprintf(stderr, "does not hold: %s\n", property);
     std::abort();
 }
@@ -40,6 +43,14 @@ std::string FuzzInput::Line() {
     m_left -= line.size() + 1;
     m_next = end + 1;
     return line;
+}
+
+std::string FuzzInput::TextLine() {
+    return UpToNul(Line());
+}
+
+std::string FuzzInput::TextRest() {
+    return UpToNul(Rest());
 }
 
 std::string FuzzInput::Rest() {

@@ -10,8 +10,13 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
-/// Ends the program with a message that names the property when it does not hold.
-void Require(bool holds, const char* property);
+/// Ends the program with a message that names the property.
+[[noreturn]] void Fail(const char* property);
+
+/// The same when the property does not hold.
+inline void Require(bool holds, const char* property) {
+    if (!holds) Fail(property);
+}
 
 /// The input, taken from its beginning. Whatever is asked for behind its end is zero or empty.
 class FuzzInput {
@@ -23,7 +28,10 @@ class FuzzInput {
     std::uint8_t Byte();
     /// Up to the next line end, which is taken too and not part of the text.
     std::string Line();
+    /// The same, as a text without a NUL: it ends in front of the first one.
+    std::string TextLine();
     std::string Rest();
+    std::string TextRest();
 
  private:
     const char* m_next;

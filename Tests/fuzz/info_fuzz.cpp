@@ -72,16 +72,11 @@ Reading Told(CBackup& facade, std::string text, long long before) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CBackup& facade = *CBackup::GetInstance();
-    static bool known = false;
-    if (!known) facade.ParseInfo("Total size: 1 bytes");
-    const std::string text =
-        FuzzInput(data, size).Rest().c_str();  // NOLINT(*-redundant-string-cstr): to its NUL
+    // The size is waited for until the first text with a number has come.
+    static const Reading first = Told(facade, "Total size: 1 bytes", 0);
+    Require(first.size == 1, "the first text tells the size");
+    const std::string text = FuzzInput(data, size).TextRest();
     const Reading expected = Expected(text);
-    if (!known) {
-        std::string first = "Total size: 1 bytes";
-        facade.OnStateChange(kCallBackBackupInfo, 0, 0, first.data());
-        known = true;
-    }
     const long long before = facade.GetTotalSize();
     const Reading told = Told(facade, text, before);
     if (expected.outcome == Outcome::kSize) {

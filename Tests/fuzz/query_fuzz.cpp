@@ -137,14 +137,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const Handle manifest = EmptyManifest();
     FuzzInput input(data, size);
     std::vector<File> files = {{"HomeDomain", "Library/SMS/sms.db"}, {"CameraRollDomain", "Media/1.JPG"}};
-    std::string domain = input.Line().c_str();
-    const std::string path = input.Line().c_str();
+    std::string domain = input.TextLine();
+    const std::string path = input.TextLine();
     if (IsAsciiWithout(domain, "") && IsAsciiWithout(path, "")) files.push_back({domain, path});
     Fill(manifest, files);
     Configured configured;
     while (!input.IsEmpty() && configured.sections.size() < kMaxSections) {
-        domain = input.Line().c_str();
-        configured.Add(domain, input.Line().c_str());
+        domain = input.TextLine();
+        configured.Add(domain, input.TextLine());
     }
     Check(manifest, configured, files);
     return 0;

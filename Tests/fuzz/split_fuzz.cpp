@@ -96,7 +96,7 @@ void CheckVersions(const std::string& a, const std::string& b) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzInput input(data, size);
-    const int start = static_cast<signed char>(input.Byte());
+    const int start = static_cast<int>(input.Byte()) - 8;
     const std::string first = input.Line();
     const std::string second = input.Line();
     const std::string text = input.Rest();

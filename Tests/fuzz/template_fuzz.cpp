@@ -54,10 +54,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t count = counts[input.Byte() % 4];
     std::vector<std::string> arguments;
     for (std::size_t i = 0; i < 11; ++i)
-        arguments.emplace_back(i < count && !(count == 2 && i == 1) ? input.Line().c_str() : "");
+        arguments.emplace_back(i < count && !(count == 2 && i == 1) ? input.TextLine() : "");
     const std::string content = input.Rest();
 
-    std::string expected = content.c_str();  // NOLINT(*-redundant-string-cstr): up to its first NUL
+    std::string expected = content.substr(0, content.find('\0'));
     for (std::size_t i = 0; i < count; ++i) {
         if (!Replace(expected, "$$" + std::to_string(i + 1), arguments[i])) return 0;
     }
