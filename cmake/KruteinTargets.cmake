@@ -3,13 +3,14 @@
 include_guard(GLOBAL)
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
+include(KruteinHardening)
 
 # The oldest macOS that the library runs on, and what is linked into a host with it. All else uses the whole
 # standard library, which came with 10.15.
 set(KRUTEIN_LIBRARY_MACOS 10.9)
 set(KRUTEIN_PROGRAM_MACOS 10.15)
 
-# Language, warnings, sanitizers and the include root. Log lines and messages carry source files as paths from
+# Language, warnings, hardening, sanitizers and the include root. Log lines and messages carry source files as paths from
 # the project's root, whatever folder the project was built in.
 #   LIBRARY  for what must run on the library's oldest macOS
 function(krutein_target_defaults target)
@@ -37,6 +38,7 @@ function(krutein_target_defaults target)
     -Wall -Wextra -Wshadow -Wconversion
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
     $<$<BOOL:${KRUTEIN_WARNINGS_AS_ERRORS}>:-Werror>)
+  krutein_harden(${target})
   if(KRUTEIN_SANITIZE)
     set(sanitize -fsanitize=${KRUTEIN_SANITIZE} -fno-omit-frame-pointer)
     if(KRUTEIN_SANITIZE MATCHES undefined)
@@ -45,6 +47,14 @@ function(krutein_target_defaults target)
     # With sanitizers GCC sees uninitialized memory inside of its own <regex>.
     target_compile_options(${target} PRIVATE ${sanitize} $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(${target} PRIVATE ${sanitize})
+  endif()
+endfunction()
+
+# Counts the lines of a library of ours as they are run, from all threads of all processes.
+function(krutein_count_lines target)
+  if(KRUTEIN_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
+    target_link_options(${target} PRIVATE --coverage)
   endif()
 endfunction()
 

@@ -21,7 +21,7 @@ struct FreeDictionary {
 using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
 using Values = std::map<std::string, std::string>;
 
-/// With its line end and NUL, a line of this many bytes is cut in two.
+/// A line that has so many bytes with its line end is cut in two.
 constexpr std::size_t kLineBytes = 1024;
 constexpr std::size_t kPaddedNameBytes = 30;
 
@@ -42,7 +42,7 @@ bool ReadsAsQuoted(const std::string& value) {
 
 bool SectionSurvives(const std::string& section) {
     return IsStripped(section) && section.find_first_of("]\n:") == std::string::npos &&
-           section.size() + 3 < kLineBytes - 1;
+           section.size() + 3 < kLineBytes;
 }
 
 bool Survives(const std::string& name, const std::string& value) {
@@ -52,7 +52,7 @@ bool Survives(const std::string& name, const std::string& value) {
     if (!IsStripped(value) || value.find_first_of(";#\n") != std::string::npos || ReadsAsQuoted(value)) {
         return false;
     }
-    return std::max(name.size(), kPaddedNameBytes) + 3 + value.size() + 1 < kLineBytes - 1;
+    return std::max(name.size(), kPaddedNameBytes) + 3 + value.size() + 1 < kLineBytes;
 }
 
 /// Removes what the file cannot express: entries outside of the domain, and keys that a writer leaves out.
