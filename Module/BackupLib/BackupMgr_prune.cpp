@@ -234,7 +234,7 @@ class CacheWriter {
 
  private:
     void Number(std::uint32_t value, std::size_t bytes) {
-        unsigned char little[4];
+        unsigned char little[4] = {};
         for (std::size_t i = 0; i < bytes; ++i)
             little[i] = static_cast<unsigned char>(value >> (8 * i));
         std::fwrite(little, 1, bytes, m_file);

@@ -72,11 +72,14 @@ Plist LockdownService::Value(const Plist& request, const Device& device, Plist a
     if (isFaulty(FaultKind::kRefuse)) return WithError(std::move(answer), "GetProhibited");
 
     std::optional<Plist> values = ValuesOf(device, request.Text("Domain"));
-    if (values && key.empty()) return std::move(answer.Set("Value", std::move(*values)));
+    if (values && key.empty()) {
+        answer.Set("Value", std::move(*values));
+        return answer;
+    }
     std::optional<Plist> value = values ? values->Member(key) : std::nullopt;
     if (!value || isFaulty(FaultKind::kMissing)) return WithError(std::move(answer), "MissingValue");
-    if (isFaulty(FaultKind::kWrongType)) return std::move(answer.Set("Value", WrongTypeFor(*value)));
-    return std::move(answer.Set("Value", std::move(*value)));
+    answer.Set("Value", isFaulty(FaultKind::kWrongType) ? WrongTypeFor(*value) : std::move(*value));
+    return answer;
 }
 
 Plist LockdownService::Pair(const Plist& request, const Device& device, Plist answer) {

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -53,7 +54,9 @@ TEST_F(CommandLine, MayHaveItsOptionsInAnyOrder) {
 
 TEST_F(CommandLine, MustNameAPipe) {
     // Not a descriptor; one that is open for reading only, as the first is made to be.
-    m_prepare = [] { std::freopen("/dev/null", "r", stdin); };
+    m_prepare = [] {
+        if (std::freopen("/dev/null", "r", stdin) == nullptr) std::abort();
+    };
     for (const char* const pipe : {"-559038737", "-1", "0", "987", "2147483647"}) {
         std::string command = RestoreCommand() + "|-restore_option|1";
         const ToolRun run = Run(command.replace(command.find("PIPE"), 4, pipe));

@@ -36,6 +36,7 @@ std::string JobTest::JobFolder() const {
 }
 
 PhoneContent::PhoneContent(BackupBuilder& backup) {
+    // cppcheck-suppress useInitializationList ; all are added in the order in which they stand here
     messages = backup.AddDatabase(
         "HomeDomain", "Library/SMS/sms.db",
         {"CREATE TABLE message (text)", "CREATE TABLE chat_message_join (chat_id, message_id)",

@@ -72,10 +72,9 @@ using UnboundDevice = DeviceInfo;
 /// A device that goes wrong in the middle of things.
 class FaultyDevice : public DeviceInfo {
  protected:
-    FaultyDevice() { m_start = std::chrono::steady_clock::now(); }
     ~FaultyDevice() override { EXPECT_LT(std::chrono::steady_clock::now() - m_start, kAtOnce); }
 
-    std::chrono::steady_clock::time_point m_start;
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
 }  // namespace
