@@ -1,6 +1,6 @@
-// INI files: what is loaded, or set, and written as a file loads as the same values again, within the domain
-// that the syntax can express (Survives). Beyond it the writers must not crash, and neither must the reader
-// on what they wrote.
+// INI files: a file loads as a plain reading of its syntax by scan patterns says (IniReference). What is
+// loaded, or set, and written as a file loads as the same values again, within the domain that the syntax can
+// express (Survives). Beyond it the writers must not crash, and neither must the reader on what they wrote.
 
 #include <cctype>
 #include <cstdio>
@@ -12,6 +12,7 @@
 #include "Common/ini/IniObj.h"
 #include "Common/ini/iniparser.h"
 #include "Tests/fuzz/Fuzz.h"
+#include "Tests/fuzz/IniReference.h"
 
 namespace {
 
@@ -128,11 +129,27 @@ void CheckWriter(dictionary& d, void (*writer)(const dictionary*, FILE*), bool g
     Require(ValuesOf(d) == ValuesOf(*again), "values survive writing and reading");
 }
 
+void CheckLoaded(const dictionary* d, const std::string& content) {
+    IniReference::Entries expected;
+    const bool isSyntax = IniReference::Read(content, expected);
+    Require((d != nullptr) == isSyntax, "a file loads when all of its lines are INI syntax");
+    if (d == nullptr) return;
+    Require(static_cast<std::size_t>(d->n) == expected.size(), "a file has the entries of its lines");
+    for (const auto& [key, value] : expected) {
+        const char* const found = dictionary_get(d, key.c_str(), "?");
+        Require(value ? found != nullptr && *value == found : found == nullptr,
+                "an entry is what its line says");
+    }
+}
+
 /// The first byte chooses: the rest as a file, or as lines of names and values that are set.
 Dictionary Make(FuzzInput input, const ScratchFile& file) {
     if ((input.Byte() & 1) == 0) {
-        file.Write(input.Rest());
-        return Load(file);
+        const std::string content = input.Rest();
+        file.Write(content);
+        Dictionary d = Load(file);
+        CheckLoaded(d.get(), content);
+        return d;
     }
     Dictionary d(dictionary_new(0));
     while (!input.IsEmpty()) {
