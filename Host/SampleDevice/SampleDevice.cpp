@@ -247,7 +247,7 @@ std::int64_t StatedBytes(const SampleDevice& device) {
 }  // namespace
 
 int SampleDevice::MajorVersion() const {
-    return std::atoi(systemVersion.c_str());
+    return static_cast<int>(std::strtol(systemVersion.c_str(), nullptr, 10));
 }
 
 SampleDevice LoadSampleDevice(const std::string& path) {

@@ -1,5 +1,6 @@
 #include "Tests/fuzz/IniReference.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 
@@ -70,7 +71,8 @@ bool IniReference::Read(const std::string& content, Entries& entries) {
     std::string section;
     bool isSyntax = true;
     for (std::size_t at = Begin(content); at < content.size();) {
-        std::string line = content.substr(at, content.find('\n', at) + 1 - at).substr(0, kLineBytes - 1);
+        const std::size_t end = std::min(content.find('\n', at), content.size() - 1) + 1;
+        std::string line = content.substr(at, std::min(end - at, kLineBytes - 1));
         at += line.size();
         line.resize(line.find('\0') == std::string::npos ? line.size() : line.find('\0'));
         isSyntax = Take(Stripped(line), section, entries) && isSyntax;

@@ -7,6 +7,8 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
+#include <new>
 
 #include "Common/Export.h"
 #include "Module/BackupLib/MobileBackupTask.h"
@@ -27,6 +29,7 @@ std::atomic<bool> g_noPipe{false};
 std::atomic<int> g_interruptedReads{0};  ///< how many reads still fail with EINTR
 std::atomic<bool> g_shortReads{false};   ///< reads give one byte at a time
 std::atomic<int> g_interruptedWaits{0};
+std::atomic<std::size_t> g_refusedBytes{0};  ///< there is no memory for blocks of this size
 
 bool Take(std::atomic<int>& counter) {
     int left = counter.load();
@@ -36,6 +39,23 @@ bool Take(std::atomic<int>& counter) {
 }
 
 }  // namespace
+
+// Not inlined: GCC would see malloc and free in each other's company, and warn of it.
+#define KRUTEIN_ALLOCATION KRUTEIN_API __attribute__((noinline))
+
+KRUTEIN_ALLOCATION void* operator new(std::size_t bytes) {
+    void* const memory = bytes == g_refusedBytes && bytes > 0 ? nullptr : std::malloc(bytes > 0 ? bytes : 1);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+KRUTEIN_ALLOCATION void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+KRUTEIN_ALLOCATION void operator delete(void* memory, std::size_t /*bytes*/) noexcept {
+    std::free(memory);
+}
 
 extern "C" {
 
@@ -87,6 +107,7 @@ class RunnerFaultTest : public testing::Test {
     ~RunnerFaultTest() override {
         g_noProcess = g_noThread = g_noPipe = g_shortReads = false;
         g_interruptedReads = g_interruptedWaits = 0;
+        g_refusedBytes = 0;
     }
 
     int Backup() {
@@ -142,6 +163,20 @@ TEST_F(RunnerFaultTest, ShortReadsArePutTogether) {
     g_shortReads = false;
     ASSERT_EQ(callback.Events().size(), 51U);
     EXPECT_EQ(callback.Events()[0].text, "text");
+}
+
+TEST_F(RunnerFaultTest, AMessageWithoutMemoryForItIsDroppedAndThoseBehindItCome) {
+    const std::string large(12345, 'x');
+    g_refusedBytes = large.size() + 1;  // with its NUL
+    tool.Progress(1, 9, large).Progress(2, 9, "small").ExitMessage(0);
+    EXPECT_EQ(Backup(), 0);
+    ASSERT_EQ(callback.Events().size(), 1U);
+    EXPECT_EQ(callback.Events()[0].text, "small");
+}
+
+TEST_F(RunnerFaultTest, NoMemoryForThePipesBufferIs200) {
+    g_refusedBytes = 65536;
+    EXPECT_EQ(Backup(), 200);
 }
 
 TEST_F(RunnerFaultTest, AnInterruptedWaitIsRepeated) {
