@@ -1,7 +1,6 @@
 #include "Common/ini/iniparser.h"
 
 #include <cstdarg>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -24,7 +23,8 @@ ErrorCallback g_report = WriteToStandardError;
 
 /// Tells an absent key from one with a null value.
 const char* InvalidKey() {
-    return reinterpret_cast<const char*>(UINTPTR_MAX);
+    static constexpr char kInvalid = '\0';
+    return &kInvalid;
 }
 
 bool IsSection(const char* key) {

@@ -49,6 +49,20 @@ int Log(const char* text) {
 
 }  // namespace
 
+TEST(Log, NamesTheLevelOfEachLine) {
+    const TemporaryFolder folder;
+    const Variable variable("KRUTEIN_LOG_DIR", folder.Path().c_str());
+    InitLogA("Some.log", nullptr);
+    for (const int level : {-1, 0, 1, 2, 3, 99})
+        LogHandlerA("F", "S.cpp", 1, level, "level %d.", level);
+    const std::string text = folder.Read("Some.log");
+    for (const char* const line :
+         {"krutein info S.cpp:1 F: level 1.", "krutein warning S.cpp:1 F: level 2.",
+          "krutein error S.cpp:1 F: level 3.", "krutein error S.cpp:1 F: level 99."}) {
+        EXPECT_THAT(text, HasSubstr(line));
+    }
+}
+
 TEST(Log, WritesToTheNamedFileInItsFolder) {
     const TemporaryFolder folder;
     const Variable variable("KRUTEIN_LOG_DIR", folder.Path("logs").c_str());
