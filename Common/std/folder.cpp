@@ -23,12 +23,6 @@ bool IsDots(const char* name) {
 
 }  // namespace
 
-void FolderNames::Clear() {
-    m_names.clear();
-    m_entries.clear();
-    m_hasFolder = false;
-}
-
 void FolderNames::Add(const char* name, bool isFolder) {
     m_entries.push_back({m_names.size(), isFolder});
     m_names.append(name).push_back('\0');

@@ -24,7 +24,6 @@ class FolderNames {
 
     bool HasFolder() const { return m_hasFolder; }
 
-    void Clear();
     void Add(const char* name, bool isFolder);
 
  private:
