@@ -52,7 +52,7 @@ std::string LikeClause(const std::string& column, const std::vector<std::string>
     std::string clause;
     for (const std::string& text : texts) {
         if (!clause.empty()) clause += " or ";
-        clause += column + " like '%" + text + "%'";
+        clause.append(column).append(" like '%").append(text).append("%'");
     }
     return clause;
 }

@@ -80,7 +80,9 @@ mbdb_property_t* NewProperty() {
 /// Room for the record's properties, none of which is there yet.
 bool MakeProperties(mbdb_record_t& record) {
     if (record.property_count == 0) return true;
-    const std::size_t bytes = record.property_count * sizeof(mbdb_property_t*);
+    // An array of pointers.
+    const std::size_t bytes =
+        record.property_count * sizeof(mbdb_property_t*);  // NOLINT(bugprone-sizeof-expression)
     record.properties = static_cast<mbdb_property_t**>(Allocate(bytes));
     if (record.properties == nullptr) return false;
     std::memset(record.properties, 0, bytes);
