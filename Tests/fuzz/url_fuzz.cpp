@@ -24,8 +24,8 @@ std::string Encode(const std::string& text, unsigned plain, const char* digits) 
 unsigned DigitAt(const std::string& text, std::size_t index) {
     const std::string digits = "0123456789abcdef";
     const std::size_t digit =
-        index < text.size() ? digits.find(AsciiLower(text.substr(index, 1))) : digits.npos;
-    return digit == digits.npos ? 255 : static_cast<unsigned>(digit);
+        index < text.size() ? digits.find(AsciiLower(text.substr(index, 1))) : std::string::npos;
+    return digit == std::string::npos ? 255 : static_cast<unsigned>(digit);
 }
 
 std::string Decode(const std::string& text) {
