@@ -50,11 +50,12 @@ function(krutein_target_defaults target)
   endif()
 endfunction()
 
-# Counts the lines of a library of ours as they are run, from all threads of all processes.
+# Counts the lines of a library of ours as they are run, from all threads of all processes. What is linked with
+# its object files needs the counting's own library too.
 function(krutein_count_lines target)
   if(KRUTEIN_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
-    target_link_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PUBLIC --coverage)
   endif()
 endfunction()
 
