@@ -55,7 +55,7 @@ std::string HashOf(const std::string& path) {
     void* digest = nullptr;
     int length = 0;
     EXPECT_TRUE(STD_FILE_CalcFileSha1A(path, digest, length));
-    const std::string hash(static_cast<const char*>(digest), static_cast<std::size_t>(length));
+    std::string hash(static_cast<const char*>(digest), static_cast<std::size_t>(length));
     std::free(digest);
     return hash;
 }
