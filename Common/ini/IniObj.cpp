@@ -33,18 +33,15 @@ Sections Group(const dictionary& d) {
     return sections;
 }
 
-void Write(const Sections& sections, FILE* out) {
-    const auto put = [out](const std::string& text) { std::fwrite(text.data(), 1, text.size(), out); };
+std::string TextOf(const Sections& sections) {
+    std::string text;
     for (const auto& [section, lines] : sections) {
-        std::fprintf(out, "[%s]\n", section.c_str());
-        for (const ST_INI_KEY_VALUE& line : lines) {
-            put(line.key);
-            std::fputs(" = ", out);
-            put(line.value);
-            std::fputc('\n', out);
-        }
-        std::fputc('\n', out);
+        text.append("[").append(section).append("]\n");
+        for (const ST_INI_KEY_VALUE& line : lines)
+            text.append(line.key).append(" = ").append(line.value).append("\n");
+        text.append("\n");
     }
+    return text;
 }
 
 }  // namespace
@@ -52,9 +49,10 @@ void Write(const Sections& sections, FILE* out) {
 void iniparser_patch_dump_ini(const dictionary* d, FILE* out) {
     if (d == nullptr || out == nullptr) return;
     try {
-        Write(Group(*d), out);
+        const std::string text = TextOf(Group(*d));
+        std::fwrite(text.data(), 1, text.size(), out);
     } catch (const std::bad_alloc&) {
-        // Nothing has been written: the grouping comes first.
+        // Nothing has been written: the text comes first.
     }
 }
 
