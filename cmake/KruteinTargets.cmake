@@ -55,7 +55,8 @@ endfunction()
 function(krutein_count_lines target)
   if(KRUTEIN_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
-    target_link_options(${target} PUBLIC --coverage)
+    # What counts is hidden: a library of such a build exports what any other exports.
+    target_link_options(${target} PUBLIC --coverage LINKER:--exclude-libs,libgcov.a)
   endif()
 endfunction()
 
