@@ -22,6 +22,8 @@ class LowerName {
     }
 
     const char* Text() const { return m_text; }
+    /// Without the NUL.
+    std::size_t Bytes() const { return m_size; }
 
  private:
     std::size_t m_size = 0;

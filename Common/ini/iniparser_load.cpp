@@ -129,10 +129,9 @@ class Reader {
             case LineKind::kComment:
                 return true;
             case LineKind::kSection:
-                std::strcpy(m_section, LowerName(line.name).Text());
-                return m_entries.Set(m_section, nullptr) == 0;
+                return EnterSection(LowerName(line.name));
             case LineKind::kValue:
-                return Store(LowerName(line.name).Text(), line.value);
+                return Store(LowerName(line.name), line.value);
             case LineKind::kError:
                 Report()("iniparser: syntax error in %s (%d):\n-> %s\n", m_path, m_number, text);
                 ++m_errors;
@@ -141,12 +140,17 @@ class Reader {
         return true;
     }
 
-    bool Store(const char* key, const char* value) {
+    bool EnterSection(const LowerName& name) {
+        m_sectionBytes = name.Bytes();
+        std::memcpy(m_section, name.Text(), m_sectionBytes + 1);
+        return m_entries.Set(m_section, nullptr) == 0;
+    }
+
+    bool Store(const LowerName& key, const char* value) {
         char entry[2 * (kLineBytes + 1)];
-        const std::size_t section = std::strlen(m_section);
-        std::memcpy(entry, m_section, section);
-        entry[section] = ':';
-        std::strcpy(entry + section + 1, key);
+        std::memcpy(entry, m_section, m_sectionBytes);
+        entry[m_sectionBytes] = ':';
+        std::memcpy(entry + m_sectionBytes + 1, key.Text(), key.Bytes() + 1);
         return m_entries.Set(entry, value) == 0;
     }
 
@@ -154,6 +158,7 @@ class Reader {
     FILE* m_file;
     krutein::ini::DictionaryBuilder m_entries;
     char m_section[kLineBytes + 1] = {};
+    std::size_t m_sectionBytes = 0;
     int m_number = 0;
     int m_errors = 0;
 };
