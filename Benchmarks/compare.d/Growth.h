@@ -18,7 +18,7 @@ struct Growth {
 };
 
 /// Runs our side of each comparison once for each number of items.
-/// \param names  the part of its name that a comparison must have; "" for all.
+/// \param names  a text that the name of a comparison must hold; "" for all.
 std::vector<Growth> MeasureGrowth(const std::function<std::vector<Comparison>(int items)>& comparisons,
                                   const std::string& names);
 
