@@ -72,9 +72,10 @@ bool CopyWhole(const std::string& from, const std::string& to) {
     return stat(from.c_str(), &source) == 0 && stat(to.c_str(), &copy) == 0 && source.st_size == copy.st_size;
 }
 
-/// A path as part of a URI: what would end it or be decoded in it is written as %XX.
-std::string UriPath(const std::string& path) {
-    std::string uri;
+/// A path as a URI: what would end it or be decoded in it is written as %XX.
+std::string UriOf(const std::string& path) {
+    // With an empty authority, so that a path that begins with "//" is not taken for one.
+    std::string uri = !path.empty() && path.front() == '/' ? "file://" : "file:";
     for (const char c : path) {
         if (c == '%') {
             uri += "%25";
@@ -112,7 +113,7 @@ bool Database::Open(const std::string& path) {
     if (!IsFile(path) || !CopyWithLogs(path)) return false;
     const std::string copy = m_copyFolder.empty() ? std::string() : m_copyFolder + kCopyName;
     // Immutable: nobody else changes it, so no lock, log or shared memory file is needed.
-    const std::string uri = copy.empty() ? "file:" + UriPath(path) + "?immutable=1" : "file:" + UriPath(copy);
+    const std::string uri = copy.empty() ? UriOf(path) + "?immutable=1" : UriOf(copy);
     const int access = copy.empty() ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
     const int flags = access | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;  // one thread uses it
     if (sqlite3_open_v2(uri.c_str(), &m_handle, flags, nullptr) != SQLITE_OK) return false;

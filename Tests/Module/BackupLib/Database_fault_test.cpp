@@ -63,6 +63,16 @@ TEST_F(AppDatabase, OfManyRowsIsReadToItsEndHoweverMuchThereIsToDo) {
         path, "select count(*) from message where " + condition + " or a like '100000 %'"));
 }
 
+TEST_F(AppDatabase, IsFoundByPathsOfAnyKind) {
+    const std::string content =
+        BackupBuilder::DatabaseContent({"CREATE TABLE message (a)", "INSERT INTO message VALUES (1)"});
+    for (const char* name : {"db", "a %41 b", "question?mode=memory", "number#sign"}) {
+        const std::string path = folder.Write(name, content);
+        EXPECT_TRUE(manager.CheckDataBaseHasRecord(path, kCount)) << path;
+        EXPECT_TRUE(manager.CheckDataBaseHasRecord("/" + path, kCount)) << "with two slashes: " << path;
+    }
+}
+
 TEST_F(AppDatabase, ThatIsAPipeHoldsNothing) {
     ASSERT_EQ(mkfifo(folder.Path("db").c_str(), 0600), 0);
     EXPECT_FALSE(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount));
