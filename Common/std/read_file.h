@@ -22,8 +22,8 @@ struct FileContent {
 constexpr std::size_t kReadPieceBytes = std::size_t{8} * 1024 * 1024;
 
 /// Reads what STD_FILE_ReadBufA reads.
-/// \param content  receives it; also after a failure, so that what was told of stays until the caller drops
-/// it. \param arrived  called after each piece, in their order; may be null.
+/// \param content  receives it; after a failure what was told of, so that it stays until the caller drops it.
+/// \param arrived  called after each piece, in their order; may be null.
 bool ReadFile(std::string path, FileContent& content,
               const std::function<void(const char* piece, std::size_t bytes)>& arrived);
 

@@ -24,6 +24,18 @@ void ReplaceAll(Text& text, const Text& from, const Text& to) {
     text.swap(result);
 }
 
+/// ASCII letters only, whatever the locale.
+inline void ToLowerCase(std::string& text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+}
+
+inline std::string LowerCase(std::string text) {
+    ToLowerCase(text);
+    return text;
+}
+
 template <typename Text>
 void Split(const Text& text, const Text& delimiters, std::vector<Text>& out) {
     out.clear();

@@ -19,10 +19,14 @@
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_sha1.h"
+#include "Common/std/text.h"
 #include "Module/BackupLib/BackupMgr.h"
 #include "Module/BackupLib/ConfigMgr.h"
 #include "Module/BackupLib/Database.h"
 #include "Module/BackupLib/mbdb/mbdb.h"
+
+using krutein::text::LowerCase;
+using krutein::text::ToLowerCase;
 
 namespace {
 
@@ -37,17 +41,6 @@ constexpr std::size_t kMostIdBytes = std::size_t{240} * 1000 * 1000;
 
 constexpr std::uint32_t kCacheMagic = 0xEEEEEEEE;
 constexpr std::uint32_t kCacheEnd = 0xFFFFFFFF;
-
-void ToLowerCase(std::string& text) {
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-}
-
-std::string LowerCase(std::string text) {
-    ToLowerCase(text);
-    return text;
-}
 
 /// True when one of the texts, which are in lower case, occurs in the value.
 bool OccursIn(const std::string& value, const std::vector<std::string>& texts) {

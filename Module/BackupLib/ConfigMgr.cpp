@@ -1,12 +1,14 @@
 #include "Module/BackupLib/ConfigMgr.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 
 #include "Common/std/std_file.h"
 #include "Common/std/std_path.h"
 #include "Common/std/std_string.h"
+#include "Common/std/text.h"
+
+using krutein::text::LowerCase;
 
 namespace {
 
@@ -34,12 +36,6 @@ std::string ConfigPath() {
 std::string CacheRoot() {
     const char* const home = std::getenv("HOME");
     return std::string(home == nullptr ? "" : home) + "/" + kCacheFolder;
-}
-
-std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
 }
 
 void AppendUnlessEmpty(std::vector<std::string>& list, std::string item) {
