@@ -106,8 +106,7 @@ TEST_F(TypedBackupTest, EveryCombinationKeepsItsOwnFilesOnly) {
 }
 
 TEST_F(TypedBackupTest, OfVersion9KeepsTheSameFiles) {
-    for (const std::string types :
-         {"messages", "whatsapp", "wechat", "messages,contacts", "messages,whatsapp,wechat,contacts"}) {
+    for (const std::string types : {"messages", "messages,whatsapp,wechat,contacts"}) {
         host.HasDeviceWith(kPhone);
         const Finished newer = BackedUp(types, {"--json"});
         ASSERT_EQ(newer.code, 0) << newer.output;
@@ -303,7 +302,7 @@ TEST_F(TypedBackupTest, ADryRunOfContactsAloneKeepsNothing) {
 }
 
 TEST_F(TypedBackupTest, ASignalStopsItAndLeavesNothing) {
-    host.HasDevice(5000);
+    host.HasDevice(2000);
     for (const int number : {SIGINT, SIGTERM}) {
         Command command = BackUp("messages");
         command.environment["KRUTEIN_SAMPLE_FILES_PER_SECOND"] = "400";
@@ -318,8 +317,8 @@ TEST_F(TypedBackupTest, ASignalStopsItAndLeavesNothing) {
 }
 
 TEST_F(TypedBackupTest, AtAnyMomentASignalLeavesNothing) {
-    host.HasDevice(5000);
-    for (const int delay : {50, 100, 150, 200, 250, 300, 400, 600}) {
+    host.HasDevice(2000);
+    for (const int delay : {50, 150, 250, 350, 600}) {
         Command command = BackUp("messages");
         command.environment["KRUTEIN_SAMPLE_FILES_PER_SECOND"] = "400";
         ChildProcess kruteinctl(command);

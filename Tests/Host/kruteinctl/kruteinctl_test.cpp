@@ -347,7 +347,7 @@ TEST_F(HostTest, NoBackup) {
 
 class HostStopTest : public HostTest {
  protected:
-    HostStopTest() { host.HasDevice(5000); }
+    HostStopTest() { host.HasDevice(2000); }
 
     Command SlowBackup(const std::vector<std::string>& more = {}) const {
         Command command = host.Backup(more);
@@ -384,7 +384,7 @@ TEST_F(HostStopTest, CtrlCOnATerminalReachesTheToolToo) {
 TEST_F(HostStopTest, AnEarlierBackupIsNotTouched) {
     host.HasDevice(20);
     EXPECT_EQ(RunToEnd(host.Backup()).code, 0);
-    host.HasDevice(5000);
+    host.HasDevice(2000);
     ChildProcess kruteinctl(SlowBackup({"--json"}));
     ASSERT_TRUE(kruteinctl.AwaitOutput("\"percent_done\":0.1"));
     kruteinctl.Signal(SIGINT);
@@ -395,7 +395,7 @@ TEST_F(HostStopTest, AnEarlierBackupIsNotTouched) {
 }
 
 TEST_F(HostStopTest, AtAnyMomentNothingIsLeft) {
-    for (const int delay : {0, 10, 30, 60, 100, 200, 250, 300, 400, 600}) {
+    for (const int delay : {0, 30, 100, 200, 300, 600}) {
         ChildProcess kruteinctl(SlowBackup());
         usleep(static_cast<useconds_t>(delay) * 1000);
         kruteinctl.Signal(SIGTERM);

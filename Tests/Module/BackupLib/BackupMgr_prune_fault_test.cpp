@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <dirent.h>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -175,9 +176,10 @@ TEST_F(PruneFaultTest, ATreeDeeperThanAPathIsLeftAlone) {
     fs::create_directories(folder);
     const int before = open(".", O_RDONLY | O_DIRECTORY);
     ASSERT_EQ(chdir(folder.c_str()), 0);
-    for (int depth = 0; depth < 3000; ++depth) {
-        ASSERT_EQ(mkdir("d", 0755), 0);
-        ASSERT_EQ(chdir("d"), 0);
+    const std::string name(200, 'd');
+    for (std::size_t length = 0; length < 2 * PATH_MAX; length += name.size()) {
+        ASSERT_EQ(mkdir(name.c_str(), 0755), 0);
+        ASSERT_EQ(chdir(name.c_str()), 0);
     }
     std::ofstream(kLongName) << "x";
     Prune();

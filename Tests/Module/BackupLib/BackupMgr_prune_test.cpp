@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 
 #include "Common/std/std_file.h"
@@ -216,11 +217,13 @@ TEST_P(PruneTest, OfThousandsOfFilesTheNeededOnesStayAndTheRestGoes) {
 
 TEST_P(PruneTest, FilesThatCannotBeDeletedAreLoggedInTheOrderOfTheListing) {
     const PhoneContent phone(backup);
-    const std::string many =
-        "for i in $(seq 1500); do touch $BACKUP/\"$d/a_name_with\\\\a_backslash_$i\"; done";
-    tool.CopyBackup(backup.Write(layout))
-        .Shell("mkdir $BACKUP/one $BACKUP/two; for d in one . two; do " + many + "; done")
-        .ExitMessage(0);
+    const fs::path made = backup.Write(layout);
+    for (const char* folder : {"one", ".", "two"}) {
+        fs::create_directories(made / folder);
+        for (int i = 0; i < 1500; ++i)
+            std::ofstream(made / folder / ("a_name_with\\a_backslash_" + std::to_string(i)));
+    }
+    tool.CopyBackup(made.string()).ExitMessage(0);
     EXPECT_EQ(Start(kSms), 0);
     std::vector<std::string> files;
     std::vector<std::string> dirs;
