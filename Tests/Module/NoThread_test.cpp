@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -56,7 +55,7 @@ std::string HashOf(const std::string& path) {
     int length = 0;
     EXPECT_TRUE(STD_FILE_CalcFileSha1A(path, digest, length));
     std::string hash(static_cast<const char*>(digest), static_cast<std::size_t>(length));
-    std::free(digest);
+    delete[] static_cast<unsigned char*>(digest);
     return hash;
 }
 
@@ -68,7 +67,7 @@ TEST_F(NoThread, AFileIsHashed) {
     void* digest = nullptr;
     STD_FILE_CalcSha1A(content.data(), static_cast<int>(content.size()), &digest);
     const std::string expected(static_cast<const char*>(digest), 20);
-    std::free(digest);
+    delete[] static_cast<unsigned char*>(digest);
     EXPECT_EQ(HashOf(path), expected);
     EXPECT_GT(g_refused, 0);
 }
