@@ -99,7 +99,7 @@ std::vector<std::string> MakeTree(const std::string& folder, int files, bool fla
     for (int n = 0; n < files; ++n) {
         const MadeFile file = FileNumber(n);
         const std::string id = STD_FILE_CalcDomainPathSha1A(file.domain, file.path);
-        WriteFile(folder + "/" + (flat ? "" : id.substr(0, 2) + "/") + id, content);
+        WriteFile(folder + (flat ? "/" : "/" + id.substr(0, 2) + "/").append(id), content);
         if (n % kMessagesEvery == 0) messages.push_back(id);
     }
     return messages;

@@ -9,6 +9,7 @@ namespace {
 
 std::vector<MadeFile> Files(int count) {
     std::vector<MadeFile> files;
+    files.reserve(static_cast<std::size_t>(count));
     for (int n = 0; n < count; ++n)
         files.push_back(FileNumber(n));
     return files;
@@ -16,6 +17,7 @@ std::vector<MadeFile> Files(int count) {
 
 std::vector<std::string> TextsOf(const std::vector<MadeFile>& files) {
     std::vector<std::string> texts;
+    texts.reserve(files.size());
     for (const MadeFile& file : files)
         texts.push_back(file.domain + "-" + file.path);
     return texts;
@@ -38,7 +40,7 @@ double HashAlone(int count) {
 /// out.
 __attribute__((noinline)) std::string TextsInAndOut(std::string domain, unsigned char digest) {
     domain.push_back('-');
-    return std::string(2 * 20, static_cast<char>('a' + digest % 16));
+    return std::string(40, static_cast<char>('a' + digest % 16));
 }
 
 double HashAndTexts(int count) {

@@ -58,6 +58,7 @@ void DecodeRecords() {
 
 void MakeFileIDs() {
     std::vector<MadeFile> files;
+    files.reserve(kItems);
     for (int n = 0; n < kItems; ++n)
         files.push_back(FileNumber(n));
     std::size_t length = STD_FILE_CalcDomainPathSha1A("", "").size();
@@ -65,12 +66,13 @@ void MakeFileIDs() {
         for (const MadeFile& file : files)
             length += STD_FILE_CalcDomainPathSha1A(file.domain, file.path).size();
     });
-    if (length != 40 * (kItems + 1)) Fail("file IDs");
+    if (length != std::size_t{40} * (kItems + 1)) Fail("file IDs");
 }
 
 /// What the hash alone takes is OpenSSL's, and depends on the processor.
 void HashOnly() {
     std::vector<std::string> texts;
+    texts.reserve(kItems);
     for (int n = 0; n < kItems; ++n)
         texts.push_back(FileNumber(n).domain + "-" + FileNumber(n).path);
     BareHash hash;

@@ -375,7 +375,8 @@ TEST_P(InspectionTest, ACatalogueBehindALinkIsDamage) {
 }
 
 TEST_P(InspectionTest, WhereThereIsNoBackupThatIsSaid) {
-    const std::string empty = host.Folder().Path("tmp");
+    const std::string empty = host.Folder().Path("empty");
+    fs::create_directories(empty);
     const std::string text = host.Folder().Write("some/text", "text");
     for (const std::string command : {"files", "verify", "show"}) {
         EXPECT_EQ(Run({command, empty}).code, 9);
