@@ -4,19 +4,21 @@ set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
+# What the library and the programs are built and run with.
 debian_packages=(
   g++ cmake ninja-build pkg-config
   libssl-dev libsqlite3-dev libplist-dev libimobiledevice-dev libspdlog-dev libfmt-dev libcli11-dev nlohmann-json3-dev
+  procps
+)
+debian_test_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev valgrind
-  procps sqlite3
+  sqlite3
   clang libgnustep-base-dev libblocksruntime-dev  # the macOS sources are tested with them
   doxygen
   abigail-tools binutils python3
 )
-brew_packages=(
-  cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json googletest
-  google-benchmark doxygen
-)
+brew_packages=(cmake ninja pkg-config openssl sqlite libplist libimobiledevice spdlog fmt cli11 nlohmann-json)
+brew_test_packages=(googletest google-benchmark doxygen)
 
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
@@ -48,8 +50,8 @@ install_brew() {
   [ ${#missing[@]} -eq 0 ] || brew install "${missing[@]}"
 }
 
-# Installs what is missing of what the build and the tests need; further Debian packages as arguments.
-install_missing() {
+# Installs what is missing of what the build without tests needs; further Debian packages as arguments.
+install_to_build() {
   if command -v apt-get >/dev/null; then
     install_debian "${debian_packages[@]}" "$@"
   elif command -v brew >/dev/null; then
@@ -57,6 +59,12 @@ install_missing() {
   else
     echo "krutein: neither apt-get nor brew here: install what cmake asks for by hand" >&2
   fi
+}
+
+# The same for the build with tests.
+install_missing() {
+  brew_packages+=("${brew_test_packages[@]}")
+  install_to_build "${debian_test_packages[@]}" "$@"
 }
 
 # Configures a preset and builds targets of it (all without arguments); says little unless something fails.
