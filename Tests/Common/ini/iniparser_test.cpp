@@ -81,7 +81,7 @@ std::string ByThePatterns(const std::string& given) {
     char name[64] = {};
     char value[64] = {};
     if (line.front() == '[' && line.back() == ']') {
-        std::sscanf(line.c_str(), "[%63[^]]", name);
+        static_cast<void>(std::sscanf(line.c_str(), "[%63[^]]", name));
         const std::string section = LowerCase(Stripped(name));
         return section == "s" ? "s" : "s | " + section;
     }
@@ -169,12 +169,13 @@ TEST_F(IniTest, ALongFileKeepsItsOrderAndTheLastValueOfEachKey) {
             expected += (i == 0 ? "" : " | ") + std::string("section") + number;
         }
         content += "key" + number + " = first\n";
-        expected += " | section" + std::to_string(i / 100 * 100) + ":key" + number + "=last" + number;
+        expected += " | section" + std::to_string(i / 100 * 100);
+        expected.append(":key").append(number).append("=last").append(number);
     }
     for (int i = 0; i < 3000; ++i) {
         const std::string number = std::to_string(i);
         if (i % 100 == 0) content += "[SECTION" + number + "]\n";
-        content += "KEY" + number + " = last" + number + "\n";
+        content.append("KEY").append(number).append(" = last").append(number).append("\n");
     }
     EXPECT_EQ(Entries(content), expected);
 }
