@@ -34,7 +34,7 @@ constexpr char kSmallPhone[] = R"({
 std::map<std::string, std::string> ContentsOf(const std::string& folder) {
     std::map<std::string, std::string> contents;
     for (const std::string& name : FilesBelow(folder))
-        contents[name] = ReadWholeFile(folder + "/" + name);
+        contents[name] = ReadWholeFile((fs::path(folder) / name).string());
     return contents;
 }
 
