@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 namespace {
 
 /// Memory that an allocator may keep or take without anybody leaking: it does not grow with the operations.
-constexpr long kSlackKib = 4 * 1024;
+constexpr long kSlackKib = 4096;
 
 long ResidentKib() {
     std::ifstream file("/proc/self/statm");

@@ -17,8 +17,6 @@
 #include "Tests/support/LogRecorder.h"
 #include "Tests/support/ResourceCount.h"
 
-using testing::Contains;
-
 namespace fs = std::filesystem;
 
 namespace {

@@ -16,7 +16,6 @@
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace fs = std::filesystem;
 
@@ -202,7 +201,8 @@ TEST_F(ManagerTest, UnknownBitsBesidesKnownOnesAreIgnored) {
 }
 
 TEST_F(ManagerTest, TheCacheFolderIsThatOfThePseudoType) {
-    const std::string home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
+    const char* const given = std::getenv("HOME");
+    const std::string home = given == nullptr ? "" : given;
     setenv("HOME", destination.Path().c_str(), 1);
     const std::string folder = manager.GenerateCacheDir();
     setenv("HOME", home.c_str(), 1);
@@ -314,8 +314,9 @@ TEST_F(ManagerTest, AJobThatADeviceThrowsOutOfIsOver) {
 
 TEST_F(ManagerTest, OfJobsStartedAtTheSameInstantOneRuns) {
     tool.Progress(1, 1).Sleep(300).ExitMessage(0);
-    std::vector<std::future<int>> jobs;
     std::vector<FakeDevice> devices(8);
+    std::vector<std::future<int>> jobs;
+    jobs.reserve(devices.size());
     std::atomic<int> waiting{8};
     for (FakeDevice& each : devices) {
         jobs.push_back(std::async(std::launch::async, [&] {

@@ -177,7 +177,7 @@ TEST_F(PruneFaultTest, ATreeDeeperThanAPathIsLeftAlone) {
     const int before = open(".", O_RDONLY | O_DIRECTORY);
     ASSERT_EQ(chdir(folder.c_str()), 0);
     const std::string name(200, 'd');
-    for (std::size_t length = 0; length < 2 * PATH_MAX; length += name.size()) {
+    for (std::size_t length = 0; length < std::size_t{2} * PATH_MAX; length += name.size()) {
         ASSERT_EQ(mkdir(name.c_str(), 0755), 0);
         ASSERT_EQ(chdir(name.c_str()), 0);
     }

@@ -15,7 +15,6 @@
 
 using testing::Contains;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 namespace fs = std::filesystem;
@@ -235,10 +234,11 @@ TEST_P(PruneTest, FilesThatCannotBeDeletedAreLoggedInTheOrderOfTheListing) {
             expected.push_back("[Backup] DeleteNoNeedFile fail file=" + file + "!");
     }
     std::vector<std::string> logged = RecordedTexts();
-    logged.erase(
-        std::remove_if(logged.begin(), logged.end(),
-                       [](const std::string& text) { return text.find("DeleteNoNeedFile") == text.npos; }),
-        logged.end());
+    logged.erase(std::remove_if(logged.begin(), logged.end(),
+                                [](const std::string& text) {
+                                    return text.find("DeleteNoNeedFile") == std::string::npos;
+                                }),
+                 logged.end());
     EXPECT_EQ(expected.size(), 4500U);
     EXPECT_EQ(logged, expected);
 }

@@ -76,7 +76,7 @@ TEST_F(RecordTest, TheTimeIsLocalWhateverItsLetterSays) {
     tzset();
     std::tm stamp{};
     ASSERT_NE(strptime(Value("backupTimeStr").c_str(), "%Y-%m-%dT%H:%M:%SZ", &stamp), nullptr);
-    EXPECT_EQ(timegm(&stamp) - (5 * 60 + 45) * 60, std::stol(Value("backupTime")));
+    EXPECT_EQ(timegm(&stamp) - std::time_t{5 * 60 + 45} * 60, std::stol(Value("backupTime")));
 }
 
 TEST_F(RecordTest, TheSizeIsInKibAndNever0) {

@@ -70,7 +70,7 @@ TEST(BackupFolder, CarriesTheLocalTime) {
     const std::string path = Config().GenerateBackupDir(0, folder.Path());
     std::tm stamp{};
     ASSERT_NE(strptime(fs::path(path).filename().c_str(), "%Y_%m_%d__%H_%M_%S", &stamp), nullptr);
-    const std::time_t then = timegm(&stamp) - 3 * 3600 - 30 * 60;
+    const std::time_t then = timegm(&stamp) - std::time_t{3 * 60 + 30} * 60;
     unsetenv("TZ");
     tzset();
     EXPECT_GE(then, before);
@@ -91,7 +91,8 @@ TEST(BackupFolder, OfTheSameSecondIsTheSame) {
 
 TEST(BackupFolder, WithoutARootLiesInTheHomeFolder) {
     const TemporaryFolder folder;
-    const std::string home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
+    const char* const given = std::getenv("HOME");
+    const std::string home = given == nullptr ? "" : given;
     setenv("HOME", folder.Path().c_str(), 1);
     EXPECT_THAT(Config().GenerateBackupDir(4, ""),
                 StartsWith(folder.Path("VelMora_backup_cache/Velmora_WhatsApp_Backup/")));

@@ -10,11 +10,10 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
-#include <new>
 
 #include "Common/Export.h"
 #include "Module/BackupLib/MobileBackupTask.h"
+#include "Tests/Module/BackupLib/RefusedMemory.h"
 #include "Tests/support/Interpose.h"
 #include "Tests/support/LogRecorder.h"
 #include "Tests/support/RecordingCallBack.h"
@@ -32,7 +31,6 @@ std::atomic<bool> g_noPipe{false};
 std::atomic<int> g_interruptedReads{0};  ///< how many reads still fail with EINTR
 std::atomic<bool> g_shortReads{false};   ///< reads give one byte at a time
 std::atomic<int> g_interruptedWaits{0};
-std::atomic<std::size_t> g_refusedBytes{0};  ///< there is no memory for blocks of this size
 
 bool Take(std::atomic<int>& counter) {
     int left = counter.load();
@@ -42,23 +40,6 @@ bool Take(std::atomic<int>& counter) {
 }
 
 }  // namespace
-
-// Not inlined: GCC would see malloc and free in each other's company, and warn of it.
-#define KRUTEIN_ALLOCATION KRUTEIN_API __attribute__((noinline))
-
-KRUTEIN_ALLOCATION void* operator new(std::size_t bytes) {
-    void* const memory = bytes == g_refusedBytes && bytes > 0 ? nullptr : std::malloc(bytes > 0 ? bytes : 1);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-
-KRUTEIN_ALLOCATION void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-KRUTEIN_ALLOCATION void operator delete(void* memory, std::size_t /*bytes*/) noexcept {
-    std::free(memory);
-}
 
 extern "C" {
 

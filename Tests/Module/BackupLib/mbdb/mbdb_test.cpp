@@ -9,8 +9,6 @@
 #include "Tests/Module/BackupLib/mbdb/CatalogueBuilder.h"
 #include "Tests/support/TemporaryFolder.h"
 
-using testing::HasSubstr;
-
 namespace {
 
 /// What a function printed.
@@ -24,7 +22,7 @@ std::string Printed(Function function) {
 MbdbRecordBytes FullRecord() {
     MbdbRecordBytes record;
     record.target = "some/target";
-    record.datahash = std::string("\x00\x80\xFFhash of twenty..", 20);
+    record.datahash = std::string("\x00\x80\xFFhash of twenty...", 20);
     record.unknown1 = "unknown";
     record.mode = 0xFFFE;
     record.unknown2 = 0x80000001;
