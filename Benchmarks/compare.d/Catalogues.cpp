@@ -53,7 +53,7 @@ void Floor(const std::string& path, const std::vector<Sizes>& sizes) {
         kept.push_back(CopyOf(from, each.path));
         kept.push_back(CopyOf(from, 20));
     }
-    if (kept.empty()) std::exit(1);
+    if (kept.size() != 1 + 4 * sizes.size()) std::exit(1);
 }
 
 mbdb_t* Opened() {

@@ -265,25 +265,3 @@ TEST(RecordCheck, TakesTheFirstColumnOfTheFirstRow) {
     EXPECT_FALSE(manager.IsExistRecordInDataBase(folder.Path(), "select 1"));
     EXPECT_FALSE(fs::exists(folder.Path("none"))) << "looking makes no file";
 }
-
-TEST(RecordCheck, WhatCannotBeReadHoldsNothing) {
-    const TemporaryFolder folder;
-    for (const std::string& content : {std::string(), std::string("no database"), std::string(5000, '\x9A'),
-                                       BackupBuilder::DatabaseContent({"CREATE TABLE other (a)"})}) {
-        folder.Write("db", content);
-        EXPECT_FALSE(CBackupMgr::GetInstance()->CheckDataBaseHasRecord(folder.Path("db"),
-                                                                       "select count(*) from message"));
-        EXPECT_EQ(folder.Read("db"), content) << "looking changes nothing";
-    }
-}
-
-TEST(RecordCheck, TakesPathsWithSignsOfAUri) {
-    const TemporaryFolder folder;
-    for (const char* name : {"a?b", "a#b", "a%20b", "ä b", "a%"}) {
-        folder.Write(name,
-                     BackupBuilder::DatabaseContent({"CREATE TABLE t (a)", "INSERT INTO t VALUES (1)"}));
-        EXPECT_TRUE(
-            CBackupMgr::GetInstance()->CheckDataBaseHasRecord(folder.Path(name), "select count(*) from t"))
-            << name;
-    }
-}

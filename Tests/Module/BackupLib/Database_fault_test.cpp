@@ -15,9 +15,12 @@ const char kCount[] = "select count(*) from message";
 
 class AppDatabase : public testing::Test {
  protected:
-    /// Whether a database of these statements has records; it must be the same afterwards.
     bool HasRecords(const std::vector<std::string>& statements) const {
-        const std::string content = BackupBuilder::DatabaseContent(statements);
+        return ContentHasRecords(BackupBuilder::DatabaseContent(statements));
+    }
+
+    /// Whether a database of this content has records; it must be the same afterwards.
+    bool ContentHasRecords(const std::string& content) const {
         folder.Write("db", content);
         const bool result = manager.CheckDataBaseHasRecord(folder.Path("db"), kCount);
         EXPECT_EQ(folder.Read("db"), content);
@@ -43,6 +46,12 @@ TEST_F(AppDatabase, MayHaveTriggersWhichNeverRun) {
                             "CREATE TRIGGER t AFTER UPDATE ON message BEGIN DELETE FROM message; END"}));
 }
 
+TEST_F(AppDatabase, ThatCannotBeReadHoldsNothing) {
+    for (const std::string& content : {std::string(), std::string("no database"), std::string(5000, '\x9A')})
+        EXPECT_FALSE(ContentHasRecords(content)) << content.substr(0, 20);
+    EXPECT_FALSE(HasRecords({"CREATE TABLE other (a)"})) << "it lacks the table";
+}
+
 TEST_F(AppDatabase, WithoutEndHoldsNothing) {
     EXPECT_FALSE(HasRecords(
         {"CREATE VIEW message AS WITH RECURSIVE row(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM row) "
@@ -66,7 +75,7 @@ TEST_F(AppDatabase, OfManyRowsIsReadToItsEndHoweverMuchThereIsToDo) {
 TEST_F(AppDatabase, IsFoundByPathsOfAnyKind) {
     const std::string content =
         BackupBuilder::DatabaseContent({"CREATE TABLE message (a)", "INSERT INTO message VALUES (1)"});
-    for (const char* name : {"db", "a %41 b", "question?mode=memory", "number#sign"}) {
+    for (const char* name : {"db", "a %41 b", "a%", "ä b", "question?mode=memory", "number#sign"}) {
         const std::string path = folder.Write(name, content);
         EXPECT_TRUE(manager.CheckDataBaseHasRecord(path, kCount)) << path;
         EXPECT_TRUE(manager.CheckDataBaseHasRecord("/" + path, kCount)) << "with two slashes: " << path;
@@ -82,10 +91,8 @@ TEST_F(AppDatabase, CutAnywhereHoldsWhatCanBeReadOrNothing) {
     const std::string whole =
         BackupBuilder::DatabaseContent({"CREATE TABLE message (a)", "INSERT INTO message VALUES (1)"});
     for (std::size_t length = 0; length < whole.size(); length += 64) {
-        folder.Write("db", whole.substr(0, length));
         const bool secondPageBegan = length > 4096;
-        EXPECT_EQ(manager.CheckDataBaseHasRecord(folder.Path("db"), kCount), secondPageBegan) << length;
-        EXPECT_EQ(folder.Read("db"), whole.substr(0, length));
+        EXPECT_EQ(ContentHasRecords(whole.substr(0, length)), secondPageBegan) << length;
     }
 }
 
